@@ -1,0 +1,3 @@
+// Result file object (placeholder until the result-file reader lands).
+#pragma once
+#include "support/VCppLib.h"

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the project needs, when any of them is missing.
+set -euo pipefail
+packages=(build-essential cmake ninja-build pkg-config libnetcdf-dev netcdf-bin libgtest-dev libpng-dev)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -q
+  $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi

@@ -1,0 +1,75 @@
+// Fixture writers and checks shared by all test programs.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/VCppLib.h"
+
+namespace thTest {
+
+// A fresh, empty folder for the running test, removed when the object goes.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::string& path() const { return dir; }
+  std::string file(const std::string& name) const { return dir + "/" + name; }
+
+ private:
+  std::string dir;
+};
+
+void writeText(const std::string& path, const std::string& text);
+void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes);
+std::string readText(const std::string& path);
+
+// Appends the bytes of a value in the machine's (little-endian) order.
+template <typename T>
+void putLE(std::vector<uint8_t>& out, T v) {
+  const auto* p = reinterpret_cast<const uint8_t*>(&v);
+  out.insert(out.end(), p, p + sizeof(T));
+}
+
+// Writes a NetCDF-4 file from CDL text through ncgen; fails the test if ncgen fails.
+void ncgen(const std::string& cdl, const std::string& ncPath);
+// ncdump's output of a file (with the given options, e.g. "-h" or "-v var").
+std::string ncdump(const std::string& ncPath, const std::string& options = "");
+// Runs a shell command, returning its exit status and (optionally) its standard output.
+int runCommand(const std::string& cmd, std::string* out = nullptr);
+
+// Cuts a file down to its first `keep` bytes.
+void truncateFile(const std::string& path, size_t keep);
+
+}  // namespace thTest
+
+// Checks that a statement throws VCppLib::VException whose message is exactly `msg`.
+#define EXPECT_VEXCEPTION(stmt, msg)                                                 \
+  do {                                                                                \
+    bool thrown_ = false;                                                             \
+    try {                                                                             \
+      stmt;                                                                           \
+    } catch (const VCppLib::VException& e_) {                                         \
+      thrown_ = true;                                                                 \
+      EXPECT_EQ(e_.message, std::string(msg));                                        \
+    }                                                                                 \
+    EXPECT_TRUE(thrown_) << "expected VException \"" << (msg) << "\" from " #stmt;    \
+  } while (0)
+
+// Checks that a statement throws VCppLib::VException whose message contains `part`.
+#define EXPECT_VEXCEPTION_HAS(stmt, part)                                            \
+  do {                                                                                \
+    bool thrown_ = false;                                                             \
+    try {                                                                             \
+      stmt;                                                                           \
+    } catch (const VCppLib::VException& e_) {                                         \
+      thrown_ = true;                                                                 \
+      EXPECT_NE(e_.message.find(part), std::string::npos) << e_.message;              \
+    }                                                                                 \
+    EXPECT_TRUE(thrown_) << "expected VException containing \"" << (part) << "\" from " #stmt; \
+  } while (0)
