@@ -1,0 +1,65 @@
+// CDL texts of the NetCDF fixtures of the VNetCdf tests, and the formulas of their values.
+#pragma once
+
+#include <string>
+
+namespace ncTest {
+
+// Values of the model-like file, element k of the whole variable in storage order.
+inline double f1v(int k) { return 1.5 + k; }          // float  f1(time)
+inline double d1v(int k) { return 0.1 * (k + 1); }    // double d1(time)
+inline int s1v(int k) { return -3 + k; }              // short  s1(time)
+inline int i1v(int k) { return 70000 + k; }           // int    i1(time)
+inline double f3v(int k) { return 0.5 * (k + 1); }    // float  f3(time, nol, cells)
+inline double d3v(int k) { return 0.25 * (k + 1); }   // double d3(time, nol, cells)
+inline int s3v(int k) { return 10 * (k + 1); }        // short  s3(time, nol, cells)
+inline int i3v(int k) { return 100 * (k + 1) + 1; }   // int    i3(time, nol, cells)
+inline double f4v(int k) { return -0.5 * (k + 1); }   // float  f4(time, layers, nol, cells)
+inline double d4v(int k) { return 1000.0 + k; }       // double d4(...)
+inline int s4v(int k) { return -(k + 1); }            // short  s4(...)
+inline int i4v(int k) { return 1000000 * (k + 1); }   // int    i4(...)
+
+template <typename F>
+std::string cdlList(int n, F f) {
+  std::string s;
+  for (int k = 0; k < n; ++k) s += (k ? ", " : "") + std::to_string(f(k));
+  return s;
+}
+
+// Model-like file: two records, nol = 2, cells = 3, layers = 2. Variable ids in order:
+// 0 time, 1 fixed3, 2 f1, 3 d1, 4 s1, 5 i1, 6 f3, 7 d3, 8 s3, 9 i3, 10 f4, 11 d4, 12 s4, 13 i4,
+// 14 b1, 15 ub1, 16 c1, 17 big, 18 scal, 19 name, 20 plain.
+inline std::string modelCdl() {
+  return "netcdf model {\n"
+         "dimensions:\n"
+         "  time = UNLIMITED ;\n  layers = 2 ;\n  nol = 2 ;\n  cells = 3 ;\n  x = 4 ;\n"
+         "variables:\n"
+         "  int64 time(time) ;\n    time:units = \"seconds since 1970-01-01 00:00:00\" ;\n"
+         "  float fixed3(layers, nol, cells) ;\n"
+         "  float f1(time) ;\n    f1:long_name = \"one float per record\" ;\n"
+         "  double d1(time) ;\n  short s1(time) ;\n  int i1(time) ;\n"
+         "  float f3(time, nol, cells) ;\n  double d3(time, nol, cells) ;\n"
+         "  short s3(time, nol, cells) ;\n  int i3(time, nol, cells) ;\n"
+         "  float f4(time, layers, nol, cells) ;\n  double d4(time, layers, nol, cells) ;\n"
+         "  short s4(time, layers, nol, cells) ;\n  int i4(time, layers, nol, cells) ;\n"
+         "  byte b1(x) ;\n  ubyte ub1(x) ;\n  char c1(x) ;\n  int64 big(x) ;\n"
+         "  double scal ;\n  string name(x) ;\n  ushort plain(x) ;\n"
+         "  :title = \"test file\" ;\n  :nlayers = 2 ;\n  :dval = 1.25 ;\n  :bval = -1b ;\n"
+         "  :multi = 1.f, 2.f, 3.f, 4.f, 5.f, 6.f ;\n  :sval = -7s ;\n"
+         "  :u64 = 5ull ;\n  string :sa = \"hello\", \"world\" ;\n"
+         "data:\n"
+         "  time = 0, 3600 ;\n"
+         "  fixed3 = " + cdlList(12, [](int k) { return k; }) + " ;\n"
+         "  f1 = " + cdlList(2, f1v) + " ;\n  d1 = " + cdlList(2, d1v) + " ;\n"
+         "  s1 = " + cdlList(2, s1v) + " ;\n  i1 = " + cdlList(2, i1v) + " ;\n"
+         "  f3 = " + cdlList(12, f3v) + " ;\n  d3 = " + cdlList(12, d3v) + " ;\n"
+         "  s3 = " + cdlList(12, s3v) + " ;\n  i3 = " + cdlList(12, i3v) + " ;\n"
+         "  f4 = " + cdlList(24, f4v) + " ;\n  d4 = " + cdlList(24, d4v) + " ;\n"
+         "  s4 = " + cdlList(24, s4v) + " ;\n  i4 = " + cdlList(24, i4v) + " ;\n"
+         "  b1 = -1, 0, 1, 2 ;\n  ub1 = 250, 251, 252, 253 ;\n  c1 = \"abcd\" ;\n"
+         "  big = 1, 2, 3, 4000000000 ;\n  scal = 7.5 ;\n  name = \"a\", \"b\", \"c\", \"d\" ;\n"
+         "  plain = 1, 2, 3, 4 ;\n"
+         "}\n";
+}
+
+}  // namespace ncTest
