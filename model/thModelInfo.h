@@ -1,0 +1,168 @@
+// The description of one 3-D model run: its time axis, its 2-D mesh, its stack of z-layers and the
+// numbering of every cell, column, face and U-point (velocity point) of the 3-D grid.
+//
+// Numbering (fixed by initCells, relied on by every reader of result files):
+// - Columns: 0..noe-1 are the elements; noe+j (j in 0..tnbe-1) is the ghost column outside open
+//   boundary face nivf+j, whose element is mesh2d.bndElem[j].
+// - Layers: 0 is the deepest layer of the model, nol-1 the top. Column i uses ebli[i]..etli[i].
+// - Cells: column after column, bottom to top: cell of column i at layer k is
+//   botlayerIdx[i] + k - ebli[i]. Computational cells 0..cells-1 come first, ghost cells follow.
+// - U-points: face after face, bottom to top: U-point of face f at layer k is fUIdx[f] + k - fbli[f].
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "mesh/thMesh2D.h"
+#include "support/VCppLib.h"
+
+namespace thalmod {
+
+// Kind of model; the numbers are stored in files.
+enum modelTypeEnum : int32_t { water = 0, sediment = 10, abm = 20 };
+// Kind of vertical layers; the numbers are stored in files. Only z-layers are still supported.
+enum layerTypeEnum : int32_t { zlayer = 0, sigma = 1 };
+
+// Lower-cased text: "water" or "unstructured" give water, "sediment", "abm".
+modelTypeEnum str2modelTypeEnum(std::string s);
+// "water", "sediment", "abm".
+std::string modelTypeEnum2str(modelTypeEnum t);
+// Upper-cased text: "SIGMA" gives sigma, "Z" and "ZLAYER" give zlayer.
+layerTypeEnum str2layerTypeEnum(std::string s);
+// "sigma", "zlayer".
+std::string layerTypeEnum2str(layerTypeEnum t);
+
+class thModelInfo {
+ public:
+  bool isInit = false;        // initCells has run
+  int64_t startDT = 0;        // long date-time of timestep 0
+  double dt = -1.0;           // timestep length in seconds, -1 until set
+  int32_t modelType = 0;      // a modelTypeEnum value
+  int32_t flavor = -1;        // carried from file to file, not interpreted
+  int32_t nt = 0;             // number of timesteps
+  std::string bathymetry;     // bathymetry specification as given
+  std::string layerThickness; // layer thickness list as given
+  double* elemBathy = nullptr;  // by element: depth of the sea bed, positive down (initCells may deepen it)
+  double minBotFrac = 0.1;      // thinnest bottom cell as a fraction of its layer's dz; < 0 drops thin cells
+  int32_t* enol = nullptr;      // by element: number of active layers (null: worked out from elemBathy)
+  double* cellVol = nullptr;      // by cell (computational): volume
+  int32_t* toplayerIdx = nullptr; // by column: cell number of the top cell
+  int32_t* botlayerIdx = nullptr; // by column: cell number of the bottom cell
+  int32_t* cell2elem = nullptr;   // by cell (incl. ghost cells): column
+  int32_t* cell2layer = nullptr;  // by cell (incl. ghost cells): absolute layer
+  int32_t* cellGroup = nullptr;   // by cell (incl. ghost cells): 0
+  int32_t* cellSeq = nullptr;     // by cell (incl. ghost cells): the cell's own number
+  int32_t* cellTop = nullptr;     // by cell (incl. ghost cells): cell number of its column's top cell
+  bool bndFacesOn = true;         // open boundary faces carry U-points
+  int32_t totNoUvf = 0;           // faces with U-points: nivf, plus tnbe when bndFacesOn
+  int32_t noUInner = 0;           // U-points on inner faces
+  int32_t noUBnd = 0;             // U-points on open boundary faces
+  int32_t totNoUPnts = 0;         // noUInner + noUBnd
+  int32_t totNoBndCells = 0;      // ghost cells: sum of bndNoCells
+  int32_t* bndNoCells = nullptr;  // by open boundary: number of ghost cells
+  double* cellDepth = nullptr;    // by cell (computational): depth of the cell centre
+  int32_t* hacNo = nullptr;       // by cell: number of horizontally adjacent cells (popHAC)
+  int32_t* hacCell = nullptr;     // by adjacency entry: the adjacent cell
+  int32_t* hacIdx = nullptr;      // by cell: first adjacency entry
+  double* hacWeight = nullptr;    // by adjacency entry: exchange weight
+  int32_t cells = 0;              // computational cells (ghost cells excluded)
+  int32_t* ebli = nullptr;        // by column: bottom layer
+  int32_t* etli = nullptr;        // by column: top layer (nol-1 at rest)
+  int32_t* etliOld = nullptr;     // by element: etli of the previous timestep (wet/dry runs)
+  int32_t* fbli = nullptr;        // by face (0..totNoUvf-1): bottom layer
+  int32_t* ftli = nullptr;        // by face: top layer
+  double** fdz = nullptr;         // by face: thickness of each layer from fbli up (nol-fbli entries)
+  double** fdzOld = nullptr;      // by face: second buffer of fdz
+  double** fdzc = nullptr;        // by face: distance between layer centres k and k+1 (at least 1 entry)
+  double** edz = nullptr;         // by element: thickness of each layer from ebli up (nol-ebli entries)
+  double** edzOld = nullptr;      // by element: second buffer of edz
+  double** edzc = nullptr;        // by element: distance between layer centres k and k+1 (at least 1 entry)
+  double* edzInit = nullptr;      // by element: bottom cell thickness at rest (wet/dry runs)
+  int32_t* fUIdx = nullptr;       // by face: U-point number of the face's lowest layer
+  int32_t* fLayerOff = nullptr;   // by face, at 2f and 2f+1: fbli minus the ebli of each side (0, 0 on boundaries)
+  int32_t** evfbli = nullptr;     // by element: fbli of each of its faces, in mesh2d.evf order
+  thMesh2D mesh2d;                // the 2-D mesh
+  int32_t nol = 0;                // number of layers
+  double* dz = nullptr;           // by layer: thickness
+  double* layerDepth = nullptr;   // by layer: depth of the layer centre
+  double topDepth = 0.0;          // depth of the upper edge of layer nol-1
+  int32_t layerType = 0;          // a layerTypeEnum value
+  bool wetDryOn = false;          // etliOld and edzInit exist
+
+  // Bookkeeping of the arrays: the member-wise copies that share them (the last one frees), and
+  // the row counts of the thickness tables as allocated, so that they are freed right even after
+  // the mesh has changed.
+  int32_t* shareCount = nullptr;
+  int32_t allocElemRows = 0;  // rows of edz, edzOld, edzc, evfbli
+  int32_t allocFaceRows = 0;  // rows of fdz, fdzOld, fdzc
+
+  thModelInfo();
+  ~thModelInfo();
+  // Member-wise copy: scalars, texts and the mesh (by the mesh's own, shallow copy) are copied;
+  // every other array is shared with the source. The last of the copies frees the arrays, the
+  // mesh's included. A copy that later rebuilds its cells or resets gets arrays of its own first,
+  // so that the others keep theirs. clone() is the deep copy.
+  thModelInfo(const thModelInfo& other);
+  thModelInfo& operator=(const thModelInfo& other);
+
+  // Frees the arrays and returns to the defaults, keeping the mesh.
+  void reset();
+  // Derives layers per column, cell and U-point numbers, thicknesses and volumes from nol, dz,
+  // topDepth, elemBathy, enol and the initialised mesh (initMesh first). Returns 0. A second run
+  // rebuilds everything from those inputs; the wet/dry arrays and the adjacency lists go, since
+  // they describe the old cells. elemBathy may be deepened (minBotFrac) and enol is filled in.
+  // With minBotFrac < 0 a dropped bottom cell keeps its number, which no column then addresses.
+  // Throws "Sigma layers no longer supported." for sigma layers, and a sentence for a model
+  // without layers, thicknesses or bathymetry, or a mesh that was not initialised.
+  int32_t initCells();
+  // A new heap object owned by the caller, with its own dz, elemBathy and enol, initialised.
+  thModelInfo* clone() const;
+  // Every element gets the depth; nolNew > 0 also replaces the stack by nolNew equal layers of
+  // 1/nolNew (in float precision). Returns the result of initCells.
+  int32_t setFlatBottom(double depth, int32_t nolNew);
+
+  double layerUpperEdge(int32_t layer, int32_t elem) const;
+  // Absolute layer holding a depth in an element; ebli[elem] for depths outside 0..elemBathy[elem].
+  int32_t depth2Layer(int32_t elem, double depth) const;
+  // depth2Layer minus ebli[elem].
+  int32_t depth2LayerOff(int32_t elem, double depth) const;
+  // Kind of an item of this length: 1 gives 0, nol 1, noe 2, any other 3.
+  int32_t lengthClass(int32_t length) const;
+  std::string resultFileExt() const;
+  // Three new arrays of cells values: element centre and layer depth of each computational cell.
+  int32_t cellCoords(double*& x, double*& y, double*& z) const;
+  // Refills cellTop from the current etli.
+  void updateCellTop();
+
+  // Time axis. Timestep ts lies at startDT + (int32)(ts*dt) seconds.
+  int64_t ts2DT(int32_t ts) const;
+  std::string ts2StrDT(int32_t ts) const;
+  int64_t lastDT() const;
+  // Timestep of a date-time. RoundFloorCeil: 1 floor, 2 ceil (each only where it applies), 0 and
+  // any other positive value nearest, all clamped to 0..nt-1; negative: exact match or -1.
+  int32_t findTimestep(int64_t dateTime, int32_t RoundFloorCeil) const;
+  // A number is a timestep (its integer part); any other text a date-time.
+  int64_t timeStr2DT(std::string s) const;
+  // Comma-separated list of timeStr2DT texts; empty pieces are skipped.
+  std::vector<int64_t> timeList2DT(std::string s) const;
+  void setStartDT(std::string s);
+
+  // Array ownership, for the operations that replace arrays (call unshare(true) first on an
+  // object that may be a member-wise copy).
+  // Frees (free = true) or only forgets (free = false) the arrays that initCells derives, the
+  // wet/dry arrays and the adjacency lists.
+  void releaseDerived(bool free);
+  // The same for dz, elemBathy and enol.
+  void releaseInputs(bool free);
+  // Leaves the group of member-wise copies: keepInputs gives this object its own dz, elemBathy
+  // and enol; all other shared arrays are forgotten, as the group keeps them.
+  void unshare(bool keepInputs);
+  // Gives up this object's share of the arrays, freeing them when it is the last.
+  void releaseShare();
+  void copyFields(const thModelInfo& o);
+  void fillCellTop();
+  void letGoOfSharedMesh();  // step of initCells and updateCellTop, without checks
+};
+
+}  // namespace thalmod
