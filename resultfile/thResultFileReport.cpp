@@ -1,0 +1,37 @@
+// The plain-text report of a result file: name, format, static items and items, and at a high
+// level the report of the model description.
+
+#include "resultfile/thResultFile.h"
+#include "support/VStr.h"
+
+namespace thalmod {
+
+namespace {
+
+// The model's own report, where the model description offers one.
+template <typename M>
+std::string modelReport(M& model, int32_t level) {
+  if constexpr (requires { { model.toString(level) } -> std::convertible_to<std::string>; })
+    return model.toString(level);
+  else
+    return "";
+}
+
+}  // namespace
+
+std::string thResultFile::toString(int32_t level) {
+  namespace VStr = VCppLib::VStr;
+  const std::string& nl = VCppLib::newline;
+  std::string s = "Filename:\t" + filename + nl;
+  s += "Format:\t" + fileFmtEnum2str(static_cast<fileFmtEnum>(format)) + nl;
+  s += "Static items:" + nl;
+  for (const auto& si : staticItems) s += "\t" + si.name + ", length=" + VStr::toString<int>(si.noValues) + nl;
+  s += "Items:" + nl;
+  size_t n = std::min(itemNameVec.size(), itemLengthVec.size());
+  for (size_t i = 0; i < n; ++i)
+    s += "\t" + itemNameVec[i] + ", length=" + VStr::toString<int>(itemLengthVec[i]) + nl;
+  if (level > 9) s += modelReport(mInfo, level);
+  return s;
+}
+
+}  // namespace thalmod
