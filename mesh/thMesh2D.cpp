@@ -42,8 +42,10 @@ void thMesh2D::freeDerivedArrays() {
     p = nullptr;
   };
   drop(eni);
-  if (nxUTM == nxCoor) nxUTM = nullptr; else drop(nxUTM);
-  if (nyUTM == nyCoor) nyUTM = nullptr; else drop(nyUTM);
+  // nxUTM, nyUTM are arrays of their own only in a lon/lat mesh; otherwise they alias nxCoor,
+  // nyCoor, or the arrays that an editor has since replaced and freed.
+  if (isLonLat && nxUTM != nxCoor) drop(nxUTM); else nxUTM = nullptr;
+  if (isLonLat && nyUTM != nyCoor) drop(nyUTM); else nyUTM = nullptr;
   drop(exCoor); drop(eyCoor); drop(enxCoor); drop(enyCoor);
   drop(eArea); drop(eAreaInv); drop(eIsAcute);
   drop(vfDist); drop(vfDistInv); drop(vfDistX); drop(vfDistY);

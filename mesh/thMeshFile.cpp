@@ -22,7 +22,6 @@
 // Versions 0 and 1 store node types shifted by one (stored 0 is 99).
 #include <bit>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -43,20 +42,21 @@ constexpr int32_t maxNodesPerElem = 50;
 const char* const tokenDelims = "\t ,;";
 
 // Formatted stream input of one token: leading white space skipped, what follows the number
-// ignored, and a token that does not begin with a number gives 0.
+// ignored, a token that does not begin with a number gives 0 and one out of range the nearest
+// limit (what the stream stores on failure).
 class TokenReader {
  public:
   int32_t readInt(const std::string& t) {
     reset(t);
     int32_t v = 0;
     ss >> v;
-    return ss.fail() ? 0 : v;
+    return v;
   }
   double readDouble(const std::string& t) {
     reset(t);
     double v = 0;
     ss >> v;
-    return ss.fail() ? 0.0 : v;
+    return v;
   }
 
  private:
@@ -156,10 +156,8 @@ void parseMeshText(const std::string& content, const std::string& where, MeshArr
   a.nonpe.resize(a.noe);
   a.en.clear();
   for (int32_t e = 0; e < a.noe; e++, li++) {
+    // A blank line is an element without nodes: its token count is its node count.
     tok = splitTokens(lines[li]);
-    if (tok.empty())
-      throw VException("readMeshText: " + lineRef(li) + " holds no node numbers for element " +
-                       std::to_string(e) + ".");
     if (tok.size() > static_cast<size_t>(maxNodesPerElem))
       throw VException("readMeshText: " + lineRef(li) + " gives element " + std::to_string(e) + " " +
                        std::to_string(tok.size()) + " nodes; an element has at most " +
@@ -288,27 +286,16 @@ std::string fileFmtText(int32_t fmt) {
 
 int32_t thMesh2D::readMeshFromFile(std::string fileName) {
   if (&fileName != &meshFN) meshFN = fileName;
-  FILE* fp = std::fopen(fileName.c_str(), "rb");
-  if (fp == nullptr) throw VException("No such file: " + fileName);
-  std::fclose(fp);
+  // A directory opens for reading here but is no file (nor is it on the platform of origin).
+  if (!VCppLib::fileExists(fileName)) throw VException("No such file: " + fileName);
   MeshArrays a;
   if (meshFmt == 0) {
     parseMeshText(VCppLib::readFileToString(fileName), "mesh file " + fileName, a);
   } else if (meshFmt == 1) {
-    fp = std::fopen(fileName.c_str(), "rb");
-    if (fp == nullptr) throw VException("No such file: " + fileName);
-    std::vector<char> block;
-    if (std::fseek(fp, 0, SEEK_END) == 0) {
-      const long size = std::ftell(fp);
-      std::fseek(fp, 0, SEEK_SET);
-      if (size > 0) {
-        block.resize(static_cast<size_t>(size));
-        block.resize(std::fread(block.data(), 1, block.size(), fp));
-      }
-    }
-    std::fclose(fp);
-    parseMeshBuffer(block.data() != nullptr ? block.data() : "", static_cast<uint32_t>(-1),
-                    static_cast<int64_t>(block.size()), "mesh file " + fileName, a);
+    // Read in binary mode and to its real end: the bytes as they are, whatever size is reported.
+    const std::string block = VCppLib::readFileToString(fileName);
+    parseMeshBuffer(block.c_str(), static_cast<uint32_t>(-1), static_cast<int64_t>(block.size()),
+                    "mesh file " + fileName, a);
   } else {
     throw VException("readMeshFromFile: unsupported fileformat.");
   }
@@ -331,6 +318,9 @@ int32_t thMesh2D::readMeshBuffer(const char* block, uint32_t version, int64_t bl
 }
 
 int32_t thMesh2D::writeMeshBuffer(char*& block) {
+  if ((non > 0 && (nxCoor == nullptr || nyCoor == nullptr || nt == nullptr)) ||
+      (noe > 0 && (nonpe == nullptr || en == nullptr)))
+    throw VException("writeMeshBuffer: the mesh has counts but not the arrays of its nodes and elements.");
   int64_t S = 0;
   for (int32_t e = 0; e < noe; e++) S += nonpe[e];
   if (noe > 0 && (eVoronoiX == nullptr || eVoronoiY == nullptr))

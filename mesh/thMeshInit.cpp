@@ -74,6 +74,8 @@ int32_t thMesh2D::initMesh() {
   checkPrimaryArrays(*this);
   freeDerivedArrays();
   *ownsArrays = 1;
+  // Not initialised until the run completes: a run that fails leaves the flag unset.
+  *initFlag = 0;
 
   // 1. first entry of each element
   eni = new int32_t[noe];

@@ -1,0 +1,94 @@
+// thal: looks into the result files of the model from the command line.
+// Every failure ends as one line "thal: <sentence>" on standard error and exit status 1.
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <new>
+#include <set>
+#include <string>
+
+#include "support/VCppLib.h"
+#include "thalCommands.h"
+#include "thalImage.h"
+
+namespace {
+
+using thTool::Args;
+
+const char* usageText =
+    "Usage: thal COMMAND ...\n"
+    "\n"
+    "  thal info FILE [--level N]\n"
+    "      the file's report, its items with their kinds, the time axis and the mesh\n"
+    "  thal paint FILE --item NAME --time T [--layer L] [--size WxH] [--range MIN:MAX]\n"
+    "             [--palette NAME] -o OUT.png\n"
+    "      a layer at a timestep as a PNG map with a legend; T is a timestep number or a date-time\n"
+    "      \"YYYY-MM-DD HH:MM:SS\"; L is a layer (0 at the bottom), bottom (-1), top (999, the default)\n"
+    "      or surface\n"
+    "  thal paint-bathy FILE.nc [--size WxH] [--range MIN:MAX] [--palette NAME] -o OUT.png\n"
+    "      a gridded bathymetry (NetCDF with x and y coordinate variables) as a PNG map\n"
+    "  thal series FILE --item NAME --at X,Y [--layer L]\n"
+    "      the values at a point over all timesteps, as CSV (L defaults to the surface)\n"
+    "  thal profile FILE --item NAME --at X,Y --time T\n"
+    "      the values of all layers at a point and a timestep, as CSV\n"
+    "  thal sample DIR\n"
+    "      writes a sample model run (fjord.nc) and its bathymetry (fjord_bathy.nc) into DIR\n";
+
+struct Command {
+  const char* name;
+  std::set<std::string> options;
+  std::function<int(const Args&)> run;
+};
+
+const Command commands[] = {
+    {"info", {"--level"}, thTool::cmdInfo},
+    {"paint", {"--item", "--time", "--layer", "--size", "--range", "--palette", "-o"}, thTool::cmdPaint},
+    {"paint-bathy", {"--size", "--range", "--palette", "-o"}, thTool::cmdPaintBathy},
+    {"series", {"--item", "--at", "--layer"}, thTool::cmdSeries},
+    {"profile", {"--item", "--at", "--time"}, thTool::cmdProfile},
+    {"sample", {}, thTool::cmdSample},
+};
+
+// One line, whatever the message holds.
+int fail(std::string message) {
+  for (char& c : message)
+    if (c == '\n' || c == '\r') c = ' ';
+  while (!message.empty() && message.back() == ' ') message.pop_back();
+  std::cout.flush();
+  std::cerr << "thal: " << message << std::endl;
+  return 1;
+}
+
+int run(int argc, char** argv) {
+  if (argc < 2) {
+    std::cerr << usageText;
+    return 1;
+  }
+  const std::string name = argv[1];
+  if (name == "--help" || name == "-h" || name == "help") {
+    std::cout << usageText << "\nPalettes: " << thTool::paletteNames() << ".\n";
+    return 0;
+  }
+  for (const Command& c : commands)
+    if (name == c.name) return c.run(Args::parse(name, argc, argv, 2, c.options));
+  return fail("Unknown command '" + name + "'; 'thal --help' lists the commands.");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const thTool::ToolError& e) {
+    return fail(e.message);
+  } catch (const VCppLib::VException& e) {
+    return fail(e.message);
+  } catch (const std::bad_alloc&) {
+    return fail("Out of memory.");
+  } catch (const std::exception& e) {
+    return fail(e.what());
+  } catch (...) {
+    return fail("An unexpected failure stopped the command.");
+  }
+}

@@ -1,0 +1,16 @@
+// The subcommands of thal. Each returns the exit status; failures raise ToolError or pass the
+// library's VCppLib::VException through to main().
+#pragma once
+
+#include "thalArgs.h"
+
+namespace thTool {
+
+int cmdInfo(const Args& args);
+int cmdPaint(const Args& args);
+int cmdPaintBathy(const Args& args);
+int cmdSeries(const Args& args);
+int cmdProfile(const Args& args);
+int cmdSample(const Args& args);
+
+}  // namespace thTool

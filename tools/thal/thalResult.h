@@ -1,0 +1,46 @@
+// Opening a result file for the thal tool and turning the user's words (item names, times,
+// layers, points) into the library's numbers, with one clear sentence for every mistake.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "resultfile/thResultFile.h"
+
+namespace thTool {
+
+// Opens and reads the header of a result file. A missing, unreadable or foreign file raises
+// ToolError naming it.
+std::unique_ptr<thalmod::thResultFile> openResult(const std::string& path);
+
+// Checks that a file can be read, raising ToolError ("No such file: ...") otherwise.
+void checkReadable(const std::string& path);
+
+enum class ItemKind { item3D, item2D, vector };
+ItemKind itemKind(const thalmod::thResultFile& rf, int32_t itemNo);
+std::string itemKindName(ItemKind k);  // "3-D", "2-D", "vector"
+
+// The number of an item, or ToolError listing the items.
+int32_t findItem(const thalmod::thResultFile& rf, const std::string& name);
+
+// A timestep from a number ("12") or a date-time ("2024-06-01 12:00:00"; the nearest timestep
+// within the run); out of range raises ToolError.
+int32_t parseTime(thalmod::thResultFile& rf, const std::string& text);
+
+// A layer for painting: a layer number 0 (bottom) to nol-1 (surface), -1 or "bottom" for each
+// element's bottom cell, 999 or "top" for each element's top-most cell with a value, "surface"
+// for nol-1.
+int32_t parsePaintLayer(const thalmod::thResultFile& rf, const std::string& text);
+
+// A layer of one element for a time series: a layer number from the element's bottom layer to
+// nol-1, or "bottom", "surface" (also "top").
+int32_t parseSeriesLayer(const thalmod::thResultFile& rf, int32_t elem, const std::string& text);
+
+// The element that holds a point, or ToolError when the point lies outside the mesh.
+int32_t findElement(thalmod::thResultFile& rf, double x, double y);
+
+// The file's name and its time axis in words, for messages.
+std::string timeAxisText(thalmod::thResultFile& rf);
+
+}  // namespace thTool
