@@ -5,6 +5,9 @@
 #include <iostream>
 
 int main() {
+  // Format detection works without any file on disk.
+  thalmod::thResultFile rf("", -1);
+  if (thalmod::fileFmtEnum2str(thalmod::str2fileFmtEnum("NC")) != "NC") return 1;
   try {
     throw VCppLib::VException("consumer ok");
   } catch (VCppLib::VException& e) {
