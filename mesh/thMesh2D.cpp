@@ -54,6 +54,15 @@ void thMesh2D::freeDerivedArrays() {
   drop(vft); drop(vfn); drop(vfe); drop(vfeDist); drop(vfl); drop(vfxCoor); drop(vfyCoor);
   drop(evf); drop(evfNbr); drop(evfDist); drop(nivfpe); drop(nbvfpe); drop(evfSign);
   drop(vfdx); drop(vfdy);
+  if (!owned) {
+    // A copy whose arrays went with another copy holds caches that are not its own either.
+    anglesVF = nullptr;
+    anglesVFCap = 0;
+    eNbrNo = eNbrIdx = eNbr = eNbrVf = nullptr;
+    circumInit = false;
+    nCircum = 0;
+    circumX = circumY = nullptr;
+  }
 }
 
 void thMesh2D::freeArrays() {
@@ -78,7 +87,7 @@ thMesh2D* thMesh2D::clone() const {
   // A group of its own, so that neither mesh frees what the other holds.
   c->initFlag = std::make_shared<uint8_t>(0);
   c->ownsArrays = std::make_shared<uint8_t>(0);
-  c->freeDerivedArrays();  // owns nothing yet: only forgets the source's derived arrays
+  c->freeDerivedArrays();  // owns nothing yet: only forgets the source's derived arrays and caches
   *c->ownsArrays = 1;
   c->nxCoor = copyArr(nxCoor, non);
   c->nyCoor = copyArr(nyCoor, non);
@@ -91,12 +100,6 @@ thMesh2D* thMesh2D::clone() const {
   // Own copies rather than shared Voronoi arrays: two groups freeing one array would free it twice.
   c->eVoronoiX = hasVoronoi ? copyArr(eVoronoiX, noe) : nullptr;
   c->eVoronoiY = hasVoronoi ? copyArr(eVoronoiY, noe) : nullptr;
-  c->eNbrNo = c->eNbrIdx = c->eNbr = c->eNbrVf = nullptr;
-  c->circumInit = false;
-  c->nCircum = 0;
-  c->circumX = c->circumY = nullptr;
-  c->anglesVF = nullptr;
-  c->anglesVFCap = 0;
   c->dij = nullptr;
   c->dijInit = false;
   c->kdTree = nullptr;

@@ -158,7 +158,8 @@ class thMesh2D {
   // Frees every array this object's group owns and clears the shared flags.
   void freeArrays();
   // Frees the arrays that initMesh derives (not the primary arrays, not the Voronoi points,
-  // not the caches), when this group owns them; always sets their pointers to null.
+  // not the caches), when this group owns them; always sets their pointers to null. A group
+  // that owns nothing also forgets its caches, which then belong to another group.
   void freeDerivedArrays();
 };
 

@@ -90,6 +90,7 @@ T* newArrayFrom(const std::vector<T>& v) {
 // Replaces the mesh's primary arrays (and Voronoi points) with those read.
 void install(thMesh2D& m, const MeshArrays& a) {
   const bool owned = (*m.initFlag != 0) || (*m.ownsArrays != 0);
+  m.freeDerivedArrays();  // before the ownership changes: forgets what is not this group's
   if (owned) {
     delete[] m.nxCoor;
     delete[] m.nyCoor;
@@ -99,9 +100,6 @@ void install(thMesh2D& m, const MeshArrays& a) {
     delete[] m.eVoronoiX;
     delete[] m.eVoronoiY;
   }
-  // nxUTM, nyUTM may alias the arrays just freed; initMesh sets them anew.
-  if (m.nxUTM == m.nxCoor) m.nxUTM = nullptr;
-  if (m.nyUTM == m.nyCoor) m.nyUTM = nullptr;
   *m.ownsArrays = 1;
   m.non = a.non;
   m.noe = a.noe;

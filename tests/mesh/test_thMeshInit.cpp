@@ -1,17 +1,20 @@
 // initMesh on small meshes worked out by hand: faces, sides, element face lists, boundaries,
-// node types, areas, Voronoi points, normals and distances.
+// node types, areas, Voronoi points, normals and distances; shared arrays and clone.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <numbers>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "mesh/thMesh2D.h"
+#include "support/VGeom.h"
 #include "testutil/thMeshFixtures.h"
 #include "testutil/thTestUtil.h"
 
 using thalmod::thMesh2D;
+using V = std::vector<int>;
 
 namespace {
 
@@ -20,532 +23,384 @@ std::vector<T> arr(const T* p, int n) {
   return std::vector<T>(p, p + n);
 }
 
-std::vector<int> ints(std::initializer_list<int> v) { return std::vector<int>(v); }
+::testing::AssertionResult near(const std::vector<double>& got, const std::vector<double>& want, double tol = 1e-12) {
+  if (got.size() != want.size()) return ::testing::AssertionFailure() << got.size() << " entries";
+  for (size_t i = 0; i < want.size(); i++)
+    if (!(std::fabs(got[i] - want[i]) <= tol))
+      return ::testing::AssertionFailure() << "entry " << i << " is " << got[i] << ", not " << want[i];
+  return ::testing::AssertionSuccess();
+}
 
 // The exact right angle as the mesh measures it: the degree factor is the rounded 57.29578.
 const double rightAngleResidue = std::fabs(90.0 - std::acos(0.0) * 57.29578);
 
+// Element 0 above the x axis, element 1 below it; circumcentres (2, 5/6) and (2, -5/6).
+const std::string kite = "4 2\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n";
+
 }  // namespace
 
-TEST(MeshInit, SingleAcuteTriangle) {
+TEST(MeshInit, SingleTriangles) {
   thMesh2D m;
   m.readMeshText("3 1\n0 0 0\n4 0 0\n1 3 0\n0 1 2\n");
-  EXPECT_EQ(m.nvf, 3);
-  EXPECT_EQ(m.nivf, 0);
-  EXPECT_EQ(m.tnbe, 0);
-  EXPECT_EQ(m.nBnd, 0);
-  EXPECT_EQ(arr(m.vft, 3), ints({99, 99, 99}));
-  EXPECT_EQ(arr(m.nt, 3), ints({99, 99, 99}));
-  // closed faces keep the element's own node order
-  EXPECT_EQ(arr(m.vfn, 6), ints({0, 1, 1, 2, 2, 0}));
-  EXPECT_EQ(arr(m.vfe, 6), ints({0, -99, 0, -99, 0, -99}));
-  // three equal keys: the quicksort swaps the outer two
-  EXPECT_EQ(arr(m.evf, 3), ints({2, 1, 0}));
-  EXPECT_EQ(arr(m.evfNbr, 3), ints({-99, -99, -99}));
-  for (int k = 0; k < 3; k++) EXPECT_EQ(m.evfSign[k], 0);
-  EXPECT_EQ(m.nivfpe[0], 0);
-  EXPECT_EQ(m.nbvfpe[0], 0);
-  EXPECT_DOUBLE_EQ(m.eArea[0], 6.0);
-  EXPECT_DOUBLE_EQ(m.eAreaInv[0], 1.0 / 6.0);
-  EXPECT_DOUBLE_EQ(m.exCoor[0], 5.0 / 3.0);
-  EXPECT_DOUBLE_EQ(m.eyCoor[0], 1.0);
-  EXPECT_DOUBLE_EQ(m.totArea, 6.0);
-  EXPECT_DOUBLE_EQ(m.meanElemSize, std::sqrt(6.0));
-  // circumcentre: x = 2 on the bisector of the base; 4 + y^2 = 1 + (y-3)^2 gives y = 1
-  EXPECT_NEAR(m.eVoronoiX[0], 2.0, 1e-12);
-  EXPECT_NEAR(m.eVoronoiY[0], 1.0, 1e-12);
-  EXPECT_TRUE(m.eIsAcute[0]);
-  EXPECT_TRUE(m.isOrthogonal);
-  EXPECT_TRUE(m.hasVoronoi);
-  EXPECT_NE(*m.initFlag, 0);
-  // face 0: (0,0)-(4,0), foot (2,0); face 1: (4,0)-(1,3), foot (2.5,1.5); face 2: (1,3)-(0,0), foot (0.5,1.5)
-  EXPECT_NEAR(m.vfxNormL[0], 0.0, 1e-12);
-  EXPECT_NEAR(m.vfyNormL[0], -1.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[1], std::sqrt(0.5), 1e-12);
-  EXPECT_NEAR(m.vfyNormL[1], std::sqrt(0.5), 1e-12);
-  EXPECT_NEAR(m.vfxNormL[2], -1.5 / std::sqrt(2.5), 1e-12);
-  EXPECT_NEAR(m.vfyNormL[2], 0.5 / std::sqrt(2.5), 1e-12);
-  EXPECT_DOUBLE_EQ(m.vfl[0], 4.0);
-  EXPECT_DOUBLE_EQ(m.vfl[1], std::sqrt(18.0));
-  EXPECT_DOUBLE_EQ(m.vfl[2], std::sqrt(10.0));
-  EXPECT_DOUBLE_EQ(m.vfdx[1], -3.0);
-  EXPECT_DOUBLE_EQ(m.vfdy[1], 3.0);
-  EXPECT_DOUBLE_EQ(m.vfxCoor[1], 2.5);
-  EXPECT_DOUBLE_EQ(m.vfyCoor[1], 1.5);
-  const double off[3] = {1.0, std::sqrt(0.5), std::sqrt(2.5)};
-  const double offX[3] = {0.0, 0.5, 1.5}, offY[3] = {1.0, 0.5, 0.5};
-  for (int f = 0; f < 3; f++) {
-    EXPECT_NEAR(m.vfeDist[2 * f], off[f], 1e-12);
-    EXPECT_NEAR(m.vfeDist[2 * f + 1], off[f], 1e-12);
-    EXPECT_NEAR(m.vfDist[f], 2 * off[f], 1e-12);
-    EXPECT_NEAR(m.vfDistInv[f], 0.5 / off[f], 1e-12);
-    EXPECT_NEAR(m.vfDistX[f], 2 * offX[f], 1e-12);
-    EXPECT_NEAR(m.vfDistY[f], 2 * offY[f], 1e-12);
-  }
-  // evf is [2, 1, 0]
-  EXPECT_NEAR(m.evfDist[0], off[2], 1e-12);
-  EXPECT_NEAR(m.evfDist[2], off[0], 1e-12);
-  EXPECT_EQ(m.utmZone, 32);
-  EXPECT_FALSE(m.isLonLat);
+  EXPECT_EQ(V({m.nvf, m.nivf, m.tnbe, m.nBnd, m.nivfpe[0], m.nbvfpe[0], m.utmZone}), V({3, 0, 0, 0, 0, 0, 32}));
+  EXPECT_EQ(arr(m.vft, 3), V({99, 99, 99}));
+  EXPECT_EQ(arr(m.nt, 3), V({99, 99, 99}));
+  EXPECT_EQ(arr(m.vfn, 6), V({0, 1, 1, 2, 2, 0}));  // closed faces keep the element's node order
+  EXPECT_EQ(arr(m.vfe, 6), V({0, -99, 0, -99, 0, -99}));
+  EXPECT_EQ(arr(m.evf, 3), V({2, 1, 0}));  // three equal keys: the quicksort swaps the outer two
+  EXPECT_EQ(arr(m.evfNbr, 3), V({-99, -99, -99}));
+  EXPECT_EQ(arr(m.evfSign, 3), std::vector<int8_t>(3, 0));
+  // area, centre, and the circumcentre: x = 2 on the bisector of the base, 4 + y^2 = 1 + (y-3)^2
+  EXPECT_TRUE(near({m.eArea[0], m.eAreaInv[0], m.exCoor[0], m.eyCoor[0], m.totArea, m.meanElemSize},
+                   {6, 1.0 / 6, 5.0 / 3, 1, 6, std::sqrt(6.0)}));
+  EXPECT_TRUE(near({m.eVoronoiX[0], m.eVoronoiY[0]}, {2, 1}));
+  EXPECT_TRUE(m.eIsAcute[0] && m.isOrthogonal && m.hasVoronoi && *m.initFlag != 0 && !m.isLonLat);
   EXPECT_EQ(m.nxUTM, m.nxCoor);  // the same array, not a copy
+  // faces (0,0)-(4,0), (4,0)-(1,3), (1,3)-(0,0); the feet of the perpendiculars from (2,1) are
+  // (2,0), (2.5,1.5), (0.5,1.5): offsets (0,1), (-0.5,-0.5), (1.5,-0.5), mirrored by the ghost side
+  const double r5 = std::sqrt(0.5), r25 = std::sqrt(2.5);
+  EXPECT_TRUE(near(arr(m.vfxNormL, 3), {0, r5, -1.5 / r25}));
+  EXPECT_TRUE(near(arr(m.vfyNormL, 3), {-1, r5, 0.5 / r25}));
+  EXPECT_TRUE(near(arr(m.vfl, 3), {4, std::sqrt(18.0), std::sqrt(10.0)}));
+  EXPECT_TRUE(near(arr(m.vfdx, 3), {4, -3, -1}));
+  EXPECT_TRUE(near(arr(m.vfdy, 3), {0, 3, -3}));
+  EXPECT_TRUE(near(arr(m.vfxCoor, 3), {2, 2.5, 0.5}));
+  EXPECT_TRUE(near(arr(m.vfyCoor, 3), {0, 1.5, 1.5}));
+  EXPECT_TRUE(near(arr(m.vfeDist, 6), {1, 1, r5, r5, r25, r25}));
+  EXPECT_TRUE(near(arr(m.vfDist, 3), {2, 2 * r5, 2 * r25}));
+  EXPECT_TRUE(near(arr(m.vfDistInv, 3), {0.5, 0.5 / r5, 0.5 / r25}));
+  EXPECT_TRUE(near(arr(m.vfDistX, 3), {0, 1, 3}));
+  EXPECT_TRUE(near(arr(m.vfDistY, 3), {2, 1, 1}));
+  EXPECT_TRUE(near(arr(m.evfDist, 3), {r25, r5, 1}));  // evf is [2, 1, 0]
+
+  // right-angled: the centre instead of the circumcentre. Node 3 is in no element (0 becomes
+  // 99), node 4 keeps its 5.
+  thMesh2D r;
+  r.readMeshText("5 1\n0 0 0\n4 0 0\n0 3 0\n9 9 0\n8 8 5\n0 1 2\n");
+  EXPECT_TRUE(near({r.eVoronoiX[0], r.eVoronoiY[0], r.xMean, r.yMean}, {4.0 / 3, 1, 21.0 / 5, 20.0 / 5}));
+  EXPECT_FALSE(r.eIsAcute[0] || r.isOrthogonal);
+  EXPECT_EQ(arr(r.nt + 3, 2), V({99, 5}));
 }
 
-TEST(MeshInit, RightTriangleAndStrayNodes) {
+TEST(MeshInit, KiteOfTwoTriangles) {
   thMesh2D m;
-  // node 3 is in no element: 0 becomes 99; node 4 keeps its 5
-  m.readMeshText("5 1\n0 0 0\n4 0 0\n0 3 0\n9 9 0\n8 8 5\n0 1 2\n");
-  EXPECT_DOUBLE_EQ(m.eVoronoiX[0], 4.0 / 3.0);
-  EXPECT_DOUBLE_EQ(m.eVoronoiY[0], 1.0);
-  EXPECT_FALSE(m.eIsAcute[0]);
-  EXPECT_FALSE(m.isOrthogonal);
-  EXPECT_EQ(m.nt[3], 99);
-  EXPECT_EQ(m.nt[4], 5);
-  EXPECT_DOUBLE_EQ(m.xMean, 21.0 / 5.0);
-  EXPECT_DOUBLE_EQ(m.yMean, 20.0 / 5.0);
-}
-
-TEST(MeshInit, TwoTrianglesShareOneInnerFace) {
-  thMesh2D m;
-  // a kite: element 0 above the x axis, element 1 below it
-  m.readMeshText("4 2\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n");
-  EXPECT_EQ(m.nvf, 5);
-  EXPECT_EQ(m.nivf, 1);
-  EXPECT_EQ(arr(m.vft, 5), ints({0, 99, 99, 99, 99}));
-  EXPECT_EQ(arr(m.vfe, 10), ints({0, 1, 0, -99, 0, -99, 1, -99, 1, -99}));
-  // the inner face runs against element 0's node order: 1 -> 0
-  EXPECT_EQ(arr(m.vfn, 10), ints({1, 0, 1, 2, 2, 0, 0, 3, 3, 1}));
-  EXPECT_EQ(arr(m.evf, 6), ints({0, 2, 1, 0, 4, 3}));
-  EXPECT_EQ(arr(m.evfNbr, 6), ints({1, -99, -99, 0, -99, -99}));
-  EXPECT_EQ(m.evfSign[0], 1);
-  EXPECT_EQ(m.evfSign[3], -1);
-  EXPECT_EQ(m.evfSign[1], 0);
-  EXPECT_EQ(arr(m.nivfpe, 2), ints({1, 1}));
-  EXPECT_EQ(arr(m.nt, 4), ints({99, 99, 99, 99}));  // closed faces come after the inner one
-  // circumcentres (2, 5/6) and (2, -5/6)
-  EXPECT_NEAR(m.eVoronoiY[0], 5.0 / 6.0, 1e-12);
-  EXPECT_NEAR(m.eVoronoiY[1], -5.0 / 6.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[0], 0.0, 1e-12);
-  EXPECT_NEAR(m.vfyNormL[0], -1.0, 1e-12);
-  EXPECT_NEAR(m.vfDist[0], 5.0 / 3.0, 1e-12);
-  EXPECT_NEAR(m.vfeDist[0], 5.0 / 6.0, 1e-12);
-  EXPECT_NEAR(m.vfeDist[1], 5.0 / 6.0, 1e-12);
-  EXPECT_NEAR(m.vfDistX[0], 0.0, 1e-12);
-  EXPECT_NEAR(m.vfDistY[0], 5.0 / 3.0, 1e-12);
-  EXPECT_NEAR(m.anglesVF[0], rightAngleResidue, 1e-12);
+  m.readMeshText(kite);
+  EXPECT_EQ(V({m.nvf, m.nivf}), V({5, 1}));
+  EXPECT_EQ(arr(m.vft, 5), V({0, 99, 99, 99, 99}));
+  EXPECT_EQ(arr(m.vfe, 10), V({0, 1, 0, -99, 0, -99, 1, -99, 1, -99}));
+  EXPECT_EQ(arr(m.vfn, 10), V({1, 0, 1, 2, 2, 0, 0, 3, 3, 1}));  // inner face against element 0: 1 -> 0
+  EXPECT_EQ(arr(m.evf, 6), V({0, 2, 1, 0, 4, 3}));
+  EXPECT_EQ(arr(m.evfNbr, 6), V({1, -99, -99, 0, -99, -99}));
+  EXPECT_EQ(arr(m.evfSign, 4), std::vector<int8_t>({1, 0, 0, -1}));
+  EXPECT_EQ(arr(m.nt, 4), V({99, 99, 99, 99}));  // closed faces are rewritten after the inner one
+  EXPECT_TRUE(near(arr(m.eVoronoiY, 2), {5.0 / 6, -5.0 / 6}));
+  // inner face 0: normal (0,-1) from element 0 to 1, Voronoi points 5/3 apart and 5/6 from it
+  EXPECT_TRUE(near({m.vfxNormL[0], m.vfyNormL[0], m.vfDist[0], m.vfeDist[0], m.vfeDist[1], m.vfDistX[0],
+                    m.vfDistY[0], m.anglesVF[0]},
+                   {0, -1, 5.0 / 3, 5.0 / 6, 5.0 / 6, 0, 5.0 / 3, rightAngleResidue}));
   EXPECT_TRUE(m.isOrthogonal);
-  EXPECT_DOUBLE_EQ(m.totArea, 12.0);
-  EXPECT_DOUBLE_EQ(m.areaCenterX, 2.0);
-  EXPECT_DOUBLE_EQ(m.areaCenterY, 0.0);
-  EXPECT_DOUBLE_EQ(m.meanElemSize, std::sqrt(6.0));
+  EXPECT_TRUE(near({m.totArea, m.areaCenterX, m.areaCenterY, m.meanElemSize}, {12, 2, 0, std::sqrt(6.0)}));
+  m.initElemNbrs();  // eNbrNo, eNbrIdx, eNbr, eNbrVf
+  EXPECT_EQ(V({m.eNbrNo[0], m.eNbrNo[1], m.eNbrIdx[0], m.eNbrIdx[1], m.eNbr[0], m.eNbr[1], m.eNbrVf[0], m.eNbrVf[1]}),
+            V({1, 1, 0, 1, 1, 0, 0, 0}));
 
-  m.initElemNbrs();
-  EXPECT_EQ(arr(m.eNbrNo, 2), ints({1, 1}));
-  EXPECT_EQ(arr(m.eNbrIdx, 2), ints({0, 1}));
-  EXPECT_EQ(arr(m.eNbr, 2), ints({1, 0}));
-  EXPECT_EQ(arr(m.eNbrVf, 2), ints({0, 0}));
+  // element 1's face list made to lack the shared face: the failure is the bare integer -1
+  thMesh2D b;
+  b.readMeshText(kite);
+  b.evf[3] = 4;
+  int code = 0;
+  try {
+    b.initElemNbrs();
+  } catch (int c) {
+    code = c;
+  }
+  EXPECT_EQ(code, -1);
+  EXPECT_EQ(b.eNbrNo, nullptr);
 }
 
 TEST(MeshInit, UnitSquareGrid) {
   thMesh2D m;
   m.readMeshText(thTest::gridMeshText(2, 2));
-  EXPECT_EQ(m.nvf, 12);
-  EXPECT_EQ(m.nivf, 4);
-  EXPECT_EQ(m.nevf, 16);
-  // inner faces in order of discovery: {1,4}, {3,4}, {4,5}, {4,7}
-  EXPECT_EQ(arr(m.vfn, 8), ints({4, 1, 3, 4, 4, 5, 7, 4}));
-  EXPECT_EQ(arr(m.vfe, 8), ints({0, 1, 0, 2, 1, 3, 2, 3}));
-  // closed faces in order of discovery
-  EXPECT_EQ(arr(m.vfn + 8, 16), ints({0, 1, 3, 0, 1, 2, 2, 5, 7, 6, 6, 3, 5, 8, 8, 7}));
-  EXPECT_EQ(arr(m.evf, 4), ints({1, 0, 5, 4}));
-  EXPECT_EQ(arr(m.nt, 9), ints({99, 99, 99, 99, 0, 99, 99, 99, 99}));
-  // unit normals from the lower to the higher element
-  EXPECT_NEAR(m.vfxNormL[0], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfyNormL[1], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfyNormL[2], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[3], 1.0, 1e-12);
-  for (int f = 0; f < 12; f++) {
-    EXPECT_DOUBLE_EQ(m.vfl[f], 1.0);
-    EXPECT_NEAR(m.vfDist[f], 1.0, 1e-12);
-    EXPECT_NEAR(m.vfeDist[2 * f], 0.5, 1e-12);
-    EXPECT_NEAR(m.vfeDist[2 * f + 1], 0.5, 1e-12);
-  }
-  EXPECT_TRUE(m.isOrthogonal);
-  for (int e = 0; e < 4; e++) {
-    EXPECT_FALSE(m.eIsAcute[e]);
-    EXPECT_DOUBLE_EQ(m.eArea[e], 1.0);
-  }
-  for (int f = 0; f < 4; f++) EXPECT_NEAR(m.anglesVF[f], rightAngleResidue, 1e-12);
+  EXPECT_EQ(V({m.nvf, m.nivf, m.nevf}), V({12, 4, 16}));
+  // inner faces in order of discovery, {1,4}, {3,4}, {4,5}, {4,7}, then the closed ones
+  EXPECT_EQ(arr(m.vfn, 24), V({4, 1, 3, 4, 4, 5, 7, 4, 0, 1, 3, 0, 1, 2, 2, 5, 7, 6, 6, 3, 5, 8, 8, 7}));
+  EXPECT_EQ(arr(m.vfe, 8), V({0, 1, 0, 2, 1, 3, 2, 3}));
+  EXPECT_EQ(arr(m.evf, 4), V({1, 0, 5, 4}));
+  EXPECT_EQ(arr(m.nt, 9), V({99, 99, 99, 99, 0, 99, 99, 99, 99}));
+  EXPECT_TRUE(near(arr(m.vfxNormL, 4), {1, 0, 0, 1}));  // from the lower to the higher element
+  EXPECT_TRUE(near(arr(m.vfyNormL, 4), {0, 1, 1, 0}));
+  EXPECT_TRUE(near(arr(m.vfl, 12), std::vector<double>(12, 1.0)));
+  EXPECT_TRUE(near(arr(m.vfDist, 12), std::vector<double>(12, 1.0)));
+  EXPECT_TRUE(near(arr(m.vfeDist, 24), std::vector<double>(24, 0.5)));
+  EXPECT_TRUE(near(arr(m.eArea, 4), std::vector<double>(4, 1.0)));
+  EXPECT_TRUE(near(arr(m.anglesVF, 4), std::vector<double>(4, rightAngleResidue)));
   EXPECT_GT(rightAngleResidue, 7e-7);
   EXPECT_LT(rightAngleResidue, 8e-7);
+  EXPECT_TRUE(m.isOrthogonal);
+  EXPECT_EQ(arr(m.eIsAcute, 4), std::vector<bool>(4, false));
 
-  // the second run keeps the points and tests them by the 5 degree rule
+  // the second run keeps the points, tests them by the 5 degree rule, reuses anglesVF
   double* anglesBefore = m.anglesVF;
   m.initMesh();
-  for (int e = 0; e < 4; e++) EXPECT_TRUE(m.eIsAcute[e]);
+  EXPECT_EQ(arr(m.eIsAcute, 4), std::vector<bool>(4, true));
   EXPECT_TRUE(m.isOrthogonal);
-  EXPECT_EQ(m.anglesVF, anglesBefore);  // reused
-  EXPECT_EQ(m.nvf, 12);
-  EXPECT_EQ(arr(m.nt, 9), ints({99, 99, 99, 99, 0, 99, 99, 99, 99}));
+  EXPECT_EQ(m.anglesVF, anglesBefore);
 
   m.initElemNbrs();
   // element 0's inner faces in evf order: face 1 (to element 2), face 0 (to element 1)
-  EXPECT_EQ(arr(m.eNbrNo, 4), ints({2, 2, 2, 2}));
-  EXPECT_EQ(arr(m.eNbrIdx, 4), ints({0, 2, 4, 6}));
-  EXPECT_EQ(m.eNbr[0], 2);
-  EXPECT_EQ(m.eNbr[1], 1);
-  EXPECT_EQ(m.eNbrVf[0], 1);
-  EXPECT_EQ(m.eNbrVf[1], 0);
+  EXPECT_EQ(arr(m.eNbrNo, 4), V({2, 2, 2, 2}));
+  EXPECT_EQ(arr(m.eNbrIdx, 4), V({0, 2, 4, 6}));
+  EXPECT_EQ(arr(m.eNbr, 2), V({2, 1}));
+  EXPECT_EQ(arr(m.eNbrVf, 2), V({1, 0}));
 }
 
-TEST(MeshInit, OpenBoundariesAndCornerCode) {
+TEST(MeshInit, OpenBoundaries) {
   thMesh2D m;
   // three unit quads in a row; top nodes 5, 6 on boundary 2, east node 3 on boundary 3, the
   // north-east corner 7 joins boundaries 2 and 3
   m.readMeshText(
       "8 3\n0 0 0\n1 0 0\n2 0 0\n3 0 3\n0 1 99\n1 1 2\n2 1 2\n3 1 -203\n"
       "0 1 5 4\n1 2 6 5\n2 3 7 6\n");
-  EXPECT_EQ(m.nvf, 10);
-  EXPECT_EQ(m.nivf, 2);
-  EXPECT_EQ(m.tnbe, 3);
-  EXPECT_EQ(arr(m.vft, 10), ints({0, 0, 2, 2, 3, 99, 99, 99, 99, 99}));
+  EXPECT_EQ(V({m.nvf, m.nivf, m.tnbe, m.nBnd}), V({10, 2, 3, 2}));
+  EXPECT_EQ(arr(m.vft, 10), V({0, 0, 2, 2, 3, 99, 99, 99, 99, 99}));
   // boundary 2 starts at its free end with the domain on the left: 7 -> 6, then 6 -> 5
-  EXPECT_EQ(arr(m.vfn, 20), ints({5, 1, 6, 2, 6, 7, 5, 6, 7, 3, 0, 1, 5, 4, 4, 0, 1, 2, 2, 3}));
-  EXPECT_EQ(arr(m.vfe, 20), ints({0, 1, 1, 2, 2, 3, 1, 4, 2, 5, 0, -99, 0, -99, 0, -99, 1, -99, 2, -99}));
-  EXPECT_EQ(m.nBnd, 2);
-  EXPECT_EQ(arr(m.bndId, 2), ints({2, 3}));
-  EXPECT_EQ(arr(m.bndNoFaces, 2), ints({2, 1}));
-  EXPECT_EQ(arr(m.bndFirst, 2), ints({0, 2}));
-  EXPECT_EQ(arr(m.bndElem, 3), ints({2, 1, 2}));
-  // node types: open wins over closed, the later boundary over the earlier
-  EXPECT_EQ(arr(m.nt, 8), ints({99, 99, 99, 3, 99, 2, 2, 3}));
+  EXPECT_EQ(arr(m.vfn, 20), V({5, 1, 6, 2, 6, 7, 5, 6, 7, 3, 0, 1, 5, 4, 4, 0, 1, 2, 2, 3}));
+  EXPECT_EQ(arr(m.vfe, 20), V({0, 1, 1, 2, 2, 3, 1, 4, 2, 5, 0, -99, 0, -99, 0, -99, 1, -99, 2, -99}));
+  EXPECT_EQ(arr(m.bndId, 2), V({2, 3}));
+  EXPECT_EQ(arr(m.bndNoFaces, 2), V({2, 1}));
+  EXPECT_EQ(arr(m.bndFirst, 2), V({0, 2}));
+  EXPECT_EQ(arr(m.bndElem, 3), V({2, 1, 2}));
+  EXPECT_EQ(arr(m.nt, 8), V({99, 99, 99, 3, 99, 2, 2, 3}));  // open over closed, later over earlier
   // element 2: inner face, then open 2, open 3, closed
-  EXPECT_EQ(arr(m.evf + 8, 4), ints({1, 2, 4, 9}));
-  EXPECT_EQ(arr(m.evfNbr + 8, 4), ints({1, -2, -3, -99}));
-  EXPECT_EQ(m.evfSign[8], -1);
-  EXPECT_EQ(m.evfSign[9], 1);
-  EXPECT_EQ(m.evfSign[10], 1);
-  EXPECT_EQ(m.evfSign[11], 0);
-  EXPECT_EQ(m.nivfpe[2], 1);
-  EXPECT_EQ(m.nbvfpe[2], 2);
-  // outward normals of the open faces; ghost columns mirror their element
-  EXPECT_NEAR(m.vfyNormL[2], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[4], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfDist[4], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfDistX[4], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfDistY[4], 0.0, 1e-12);
-}
+  EXPECT_EQ(arr(m.evf + 8, 4), V({1, 2, 4, 9}));
+  EXPECT_EQ(arr(m.evfNbr + 8, 4), V({1, -2, -3, -99}));
+  EXPECT_EQ(arr(m.evfSign + 8, 4), std::vector<int8_t>({-1, 1, 1, 0}));
+  EXPECT_EQ(V({m.nivfpe[2], m.nbvfpe[2]}), V({1, 2}));
+  // outward normals of the open faces; a ghost column mirrors its element
+  EXPECT_TRUE(near({m.vfyNormL[2], m.vfxNormL[4], m.vfDist[4], m.vfDistX[4], m.vfDistY[4]}, {1, 1, 1, 1, 0}));
 
-TEST(MeshInit, FaceTypesFromNodeTypes) {
-  // face {0,1} is face 0 whether it is open or closed: the other two are closed
-  auto typeOfOnlyOpenFace = [](int ta, int tb) {
-    thMesh2D m;
-    m.readMeshText("3 1\n0 0 " + std::to_string(ta) + "\n1 0 " + std::to_string(tb) + "\n0 1 99\n0 1 2\n");
-    return m.vft[0];
-  };
-  EXPECT_EQ(typeOfOnlyOpenFace(2, -203), 2);
-  EXPECT_EQ(typeOfOnlyOpenFace(-203, 3), 3);
-  EXPECT_EQ(typeOfOnlyOpenFace(4, -203), 99);
-  EXPECT_EQ(typeOfOnlyOpenFace(2, 3), 99);
-  EXPECT_EQ(typeOfOnlyOpenFace(7, 7), 7);
-  // types that name no boundary give closed faces
-  EXPECT_EQ(typeOfOnlyOpenFace(-203, -203), 99);
-  EXPECT_EQ(typeOfOnlyOpenFace(150, 150), 99);
-  EXPECT_EQ(typeOfOnlyOpenFace(-5, -5), 99);
-  EXPECT_EQ(typeOfOnlyOpenFace(-2147483647 - 1, 0), 99);
-}
-
-TEST(MeshInit, OpenRingStartsAtItsFirstFace) {
-  thMesh2D m;
-  m.readMeshText("4 1\n0 0 1\n1 0 1\n1 1 1\n0 1 1\n0 1 2 3\n");
-  EXPECT_EQ(m.nivf, 0);
-  EXPECT_EQ(m.tnbe, 4);
-  EXPECT_EQ(m.nBnd, 1);
-  // walk from node 0 of face {0,1}: {3,0}, {2,3}, {1,2}; each runs against the element
-  EXPECT_EQ(arr(m.vfn, 8), ints({1, 0, 0, 3, 3, 2, 2, 1}));
-  EXPECT_EQ(arr(m.vfe, 8), ints({0, 1, 0, 2, 0, 3, 0, 4}));
-  EXPECT_EQ(arr(m.evf, 4), ints({2, 1, 0, 3}));
-  EXPECT_EQ(arr(m.nt, 4), ints({1, 1, 1, 1}));
-  // outward normals
-  EXPECT_NEAR(m.vfyNormL[0], -1.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[1], -1.0, 1e-12);
-  EXPECT_NEAR(m.vfyNormL[2], 1.0, 1e-12);
-  EXPECT_NEAR(m.vfxNormL[3], 1.0, 1e-12);
-}
-
-TEST(MeshInit, SeveralChainsOfOneBoundaryNumber) {
-  // boundary 1 on the west and on the east side of a strip: two chains. Every face must get
-  // a number of its own, each chain walked in order.
-  thMesh2D m;
-  m.readMeshText(thTest::gridMeshText(3, 2, 1.0, 1.0, false, 1, 1));
-  ASSERT_EQ(m.tnbe, 4);
-  std::vector<int> seen(m.nvf, 0);
-  for (int e = 0; e < m.noe; e++)
-    for (int i = 0; i < m.nonpe[e]; i++) seen[m.evf[m.eni[e] + i]]++;
-  for (int f = 0; f < m.nvf; f++) EXPECT_GE(seen[f], 1) << "face " << f << " has no element";
-  for (int i = 0; i < 4; i += 2) {
-    const int f = m.nivf + i;
-    // consecutive faces of a chain share a node
-    const bool joined = m.vfn[2 * f] == m.vfn[2 * f + 2] || m.vfn[2 * f] == m.vfn[2 * f + 3] ||
-                        m.vfn[2 * f + 1] == m.vfn[2 * f + 2] || m.vfn[2 * f + 1] == m.vfn[2 * f + 3];
-    EXPECT_TRUE(joined);
+  // face types from node types: face {0,1} is face 0 whether open or closed; types that name
+  // no boundary give closed faces
+  const int types[][3] = {{2, -203, 2},     {-203, 3, 3},     {4, -203, 99}, {2, 3, 99},
+                          {7, 7, 7},        {-203, -203, 99}, {150, 150, 99}, {-5, -5, 99},
+                          {INT32_MIN, 0, 99}};
+  for (const auto& t : types) {
+    thMesh2D f;
+    f.readMeshText("3 1\n0 0 " + std::to_string(t[0]) + "\n1 0 " + std::to_string(t[1]) + "\n0 1 99\n0 1 2\n");
+    EXPECT_EQ(f.vft[0], t[2]) << t[0] << " " << t[1];
   }
-  EXPECT_EQ(m.nBnd, 1);
-  EXPECT_EQ(m.bndNoFaces[0], 4);
+
+  // a ring of boundary 1: walked from node 0 of its first face, {0,1}, then {3,0}, {2,3}, {1,2},
+  // each against the element and with an outward normal
+  thMesh2D r;
+  r.readMeshText("4 1\n0 0 1\n1 0 1\n1 1 1\n0 1 1\n0 1 2 3\n");
+  EXPECT_EQ(V({r.tnbe, r.nBnd}), V({4, 1}));
+  EXPECT_EQ(arr(r.vfn, 8), V({1, 0, 0, 3, 3, 2, 2, 1}));
+  EXPECT_EQ(arr(r.vfe, 8), V({0, 1, 0, 2, 0, 3, 0, 4}));
+  EXPECT_EQ(arr(r.evf, 4), V({2, 1, 0, 3}));
+  EXPECT_EQ(arr(r.nt, 4), V({1, 1, 1, 1}));
+  EXPECT_TRUE(near(arr(r.vfxNormL, 4), {0, -1, 0, 1}));
+  EXPECT_TRUE(near(arr(r.vfyNormL, 4), {-1, 0, 1, 0}));
+
+  // boundary 1 on the west and on the east side of a strip: two chains, each walked in order,
+  // and every face with a number of its own
+  thMesh2D c;
+  c.readMeshText(thTest::gridMeshText(3, 2, 1.0, 1.0, false, 1, 1));
+  ASSERT_EQ(V({c.tnbe, c.nBnd}), V({4, 1}));
+  std::vector<int> seen(c.nvf, 0);
+  for (int k = 0; k < c.nevf; k++) seen[c.evf[k]]++;
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), 0), 0);
+  for (int f = c.nivf; f < c.nivf + 4; f += 2) {
+    const V a = arr(c.vfn + 2 * f, 2), b = arr(c.vfn + 2 * f + 2, 2);
+    EXPECT_TRUE(a[0] == b[0] || a[0] == b[1] || a[1] == b[0] || a[1] == b[1]) << "face " << f;
+  }
 }
 
-TEST(MeshInit, MixedTrianglesAndQuadrilaterals) {
+TEST(MeshInit, MixedIslandAndModelMeshes) {
   thMesh2D m;
   m.readMeshText("5 2\n0 0\n1 0\n1 1\n0 1\n2 0.5\n0 1 2 3\n1 4 2\n");
-  EXPECT_EQ(m.nvf, 6);
-  EXPECT_EQ(m.nivf, 1);
-  // the triangle's circumcentre: (x-1)^2 + 0.25 = (2-x)^2 gives x = 1.375
-  EXPECT_NEAR(m.eVoronoiX[1], 1.375, 1e-12);
-  EXPECT_NEAR(m.eVoronoiY[1], 0.5, 1e-12);
-  EXPECT_DOUBLE_EQ(m.eVoronoiX[0], 0.5);
-  EXPECT_FALSE(m.eIsAcute[0]);
-  EXPECT_TRUE(m.eIsAcute[1]);
-  EXPECT_TRUE(m.isOrthogonal);
-  EXPECT_DOUBLE_EQ(m.eArea[1], 0.5);
-  EXPECT_NEAR(m.vfDist[0], 0.875, 1e-12);
-  EXPECT_NEAR(m.vfeDist[0], 0.5, 1e-12);
-  EXPECT_NEAR(m.vfeDist[1], 0.375, 1e-12);
-  EXPECT_NEAR(m.evfDist[m.eni[1]], 0.375, 1e-12);  // the triangle's side of its inner face
-  EXPECT_EQ(m.evf[m.eni[1]], 0);
-  EXPECT_EQ(m.evfNbr[m.eni[1]], 0);
-  EXPECT_DOUBLE_EQ(m.totArea, 1.5);
-  EXPECT_DOUBLE_EQ(m.areaCenterX, (0.5 * 1.0 + (4.0 / 3.0) * 0.5) / 1.5);
-}
+  EXPECT_EQ(V({m.nvf, m.nivf, m.evf[m.eni[1]], m.evfNbr[m.eni[1]]}), V({6, 1, 0, 0}));
+  // the triangle's circumcentre: (x-1)^2 + 0.25 = (2-x)^2 gives x = 1.375; the square's centre
+  EXPECT_TRUE(near({m.eVoronoiX[1], m.eVoronoiY[1], m.eVoronoiX[0]}, {1.375, 0.5, 0.5}));
+  EXPECT_TRUE(!m.eIsAcute[0] && m.eIsAcute[1] && m.isOrthogonal);
+  // the inner face; evfDist of the triangle is its own side
+  EXPECT_TRUE(near({m.vfDist[0], m.vfeDist[0], m.vfeDist[1], m.evfDist[m.eni[1]]}, {0.875, 0.5, 0.375, 0.375}));
+  EXPECT_TRUE(near({m.eArea[1], m.totArea, m.areaCenterX}, {0.5, 1.5, (0.5 * 1.0 + (4.0 / 3.0) * 0.5) / 1.5}));
 
-TEST(MeshInit, IslandGivesAnInnerRingOfClosedFaces) {
-  // 3x3 unit cells without the middle one
-  thMesh2D m;
-  m.readMeshText(
+  // 3x3 unit cells without the middle one: an island of closed faces
+  thMesh2D i;
+  i.readMeshText(
       "16 8\n0 0\n1 0\n2 0\n3 0\n0 1\n1 1\n2 1\n3 1\n0 2\n1 2\n2 2\n3 2\n0 3\n1 3\n2 3\n3 3\n"
       "0 1 5 4\n1 2 6 5\n2 3 7 6\n4 5 9 8\n6 7 11 10\n8 9 13 12\n9 10 14 13\n10 11 15 14\n");
-  EXPECT_EQ(m.nvf, 24);
-  EXPECT_EQ(m.nivf, 8);
-  EXPECT_EQ(m.tnbe, 0);
-  for (int n : {5, 6, 9, 10}) EXPECT_EQ(m.nt[n], 99);
-  EXPECT_TRUE(m.isOrthogonal);
-  EXPECT_DOUBLE_EQ(m.totArea, 8.0);
-  EXPECT_DOUBLE_EQ(m.areaCenterX, 1.5);
+  EXPECT_EQ(V({i.nvf, i.nivf, i.tnbe, i.nt[5], i.nt[6], i.nt[9], i.nt[10]}), V({24, 8, 0, 99, 99, 99, 99}));
+  EXPECT_TRUE(i.isOrthogonal);
+  EXPECT_TRUE(near({i.totArea, i.areaCenterX}, {8, 1.5}));
   // island faces point into the island: face {5,6} of element 1 has normal (0, 1)
-  bool found = false;
-  for (int f = m.nivf; f < m.nvf; f++) {
-    const int a = m.vfn[2 * f], b = m.vfn[2 * f + 1];
-    if ((a == 5 && b == 6) || (a == 6 && b == 5)) {
-      found = true;
-      EXPECT_EQ(m.vfe[2 * f], 1);
-      EXPECT_NEAR(m.vfyNormL[f], 1.0, 1e-12);
-    }
-  }
-  EXPECT_TRUE(found);
+  int island = -1;
+  for (int f = i.nivf; f < i.nvf; f++)
+    if (V({std::min(i.vfn[2 * f], i.vfn[2 * f + 1]), std::max(i.vfn[2 * f], i.vfn[2 * f + 1])}) == V({5, 6})) island = f;
+  ASSERT_GE(island, 0);
+  EXPECT_EQ(i.vfe[2 * island], 1);
+  EXPECT_NEAR(i.vfyNormL[island], 1.0, 1e-12);
 }
 
-TEST(MeshInit, EmptyMesh) {
+TEST(MeshInit, EmptyAndBrokenMeshes) {
   thMesh2D m;
   EXPECT_EQ(m.initMesh(), 0);
-  EXPECT_TRUE(m.hasVoronoi);
-  EXPECT_EQ(m.nvf, 0);
-  EXPECT_EQ(m.nivf, 0);
-  EXPECT_NE(*m.initFlag, 0);
+  EXPECT_TRUE(m.hasVoronoi && *m.initFlag != 0);
+  EXPECT_EQ(V({m.nvf, m.nivf}), V({0, 0}));
   EXPECT_EQ(m.toString(), "0 0 0\n");
-  thMesh2D raw;  // counts without arrays: the header alone
-  raw.non = 3;
-  raw.noe = 1;
-  EXPECT_EQ(raw.toString(), "3 1 1\n");
-  raw.non = raw.noe = 0;
-  // nodes without elements
-  thMesh2D n;
+  thMesh2D n;  // nodes without elements: nothing below the element check runs
   n.readMeshText("2 0\n1 2 0\n3 4 7\n");
-  EXPECT_EQ(n.nvf, 0);
-  EXPECT_EQ(n.nt[0], 0);  // nothing below the element check runs
+  EXPECT_EQ(V({n.nvf, n.nt[0]}), V({0, 0}));
   EXPECT_DOUBLE_EQ(n.xMean, 2.0);
+
+  // arrays that would be read out of bounds are refused; the mesh stays usable
+  thMesh2D b;
+  b.readMeshText("3 1\n0 0\n1 0\n0 1\n0 1 2\n");
+  b.en[2] = 7;
+  EXPECT_VEXCEPTION_HAS(b.initMesh(), "refers to node 7");
+  b.en[2] = -1;
+  EXPECT_VEXCEPTION_HAS(b.initMesh(), "refers to node -1");
+  b.en[2] = 2;
+  b.nonpe[0] = 60;
+  EXPECT_VEXCEPTION_HAS(b.initMesh(), "60 nodes");
+  b.nonpe[0] = 3;
+  EXPECT_EQ(b.initMesh(), 0);
+  thMesh2D c;
+  c.noe = -2;
+  EXPECT_VEXCEPTION_HAS(c.initMesh(), "negative");
+  c.noe = 2;
+  EXPECT_VEXCEPTION_HAS(c.initMesh(), "missing");
+  EXPECT_EQ(c.toString(), "0 2 2\n");  // counts without arrays: the header alone
 }
 
 TEST(MeshInit, LonLatMesh) {
   thMesh2D m;
   m.projection = "wgs84 lonlat";
-  // near the equator at the central meridian of zone 32; the last face crosses into zone 33
+  // at the central meridian of zone 32 on the equator; faces 3 and 4 end at 15.5 degrees, so
+  // their midpoints (about 12.25) lie in zone 33
   m.readMeshText("4 2\n9 0\n9.01 0\n9.005 0.01\n15.5 0.01\n0 1 2\n1 3 2\n");
   EXPECT_TRUE(m.isLonLat);
   EXPECT_EQ(m.utmZone, 32);  // mean longitude 10.63
   EXPECT_NE(m.nxUTM, m.nxCoor);
-  EXPECT_NEAR(m.nxUTM[0], 500000.0, 1e-6);
-  EXPECT_NEAR(m.nyUTM[0], 0.0, 1e-6);
-  // the first triangle: base 0.01 degrees, height 0.01 degrees; a degree is about 111 km
-  const double deg = 111319.49 * 0.9996;
-  EXPECT_NEAR(m.eArea[0], 0.5 * 0.01 * deg * 0.01 * 110574.0 * 0.9996, 0.01 * m.eArea[0]);
+  EXPECT_TRUE(near({m.nxUTM[0], m.nyUTM[0]}, {500000, 0}, 1e-6));
+  // the first triangle: base and height 0.01 degrees, at about 111.3 and 110.6 km a degree
+  EXPECT_NEAR(m.eArea[0], 0.5 * 0.01 * 111319.49 * 0.01 * 110574.0 * 0.9996 * 0.9996, 0.01 * m.eArea[0]);
   // centres and face midpoints stay in degrees
-  EXPECT_NEAR(m.exCoor[0], 9.005, 1e-12);
-  EXPECT_NEAR(m.vfxCoor[0], (m.nxCoor[m.vfn[0]] + m.nxCoor[m.vfn[1]]) / 2, 1e-12);
-  // face lengths in metres, each face in its own zone: about the great-circle length
+  EXPECT_EQ(arr(m.vfn + 6, 4), V({1, 3, 3, 2}));
+  EXPECT_TRUE(near({m.exCoor[0], m.vfxCoor[3]}, {9.005, (9.01 + 15.5) / 2}));
+  // each face is measured in the zone of its midpoint
   for (int f = 0; f < m.nvf; f++) {
-    const int a = m.vfn[2 * f], b = m.vfn[2 * f + 1];
-    const double dlon = (m.nxCoor[b] - m.nxCoor[a]) * std::cos(0.005 * std::numbers::pi / 180);
-    const double gc = std::hypot(dlon, m.nyCoor[b] - m.nyCoor[a]) * 111195.08;
-    EXPECT_NEAR(m.vfl[f], gc, 0.01 * gc) << "face " << f;
+    const int a = m.vfn[2 * f], b = m.vfn[2 * f + 1], zone = f >= 3 ? 33 : 32;
+    double ax, ay, bx, by;
+    VCppLib::latLon2UTM(m.nxCoor[a], m.nyCoor[a], zone, ax, ay);
+    VCppLib::latLon2UTM(m.nxCoor[b], m.nyCoor[b], zone, bx, by);
+    EXPECT_NEAR(m.vfl[f], std::hypot(bx - ax, by - ay), 1e-9 * m.vfl[f]) << "face " << f;
+    EXPECT_NEAR(m.vfdx[f], bx - ax, 1e-6) << "face " << f;
     EXPECT_NEAR(std::hypot(m.vfxNormL[f], m.vfyNormL[f]), 1.0, 1e-9);
   }
+  // distances in the mesh's one zone: face 1 lies on the equator, northing 0, and element 0's
+  // circumcentre (9.005, 0.00375) is mirrored in it
+  double vx, vy;
+  VCppLib::latLon2UTM(9.005, 0.00375, 32, vx, vy);
+  EXPECT_NEAR(vy, 0.00375 * 110574.0 * 0.9996, 0.5);
+  EXPECT_NEAR(m.vfDist[1], 2 * vy, 1e-4);
+  EXPECT_NEAR(m.vfyNormL[1], -1.0, 1e-9);
 
-  thMesh2D s;
-  s.projection = "LONLAT";
-  s.readMeshText("3 1\n-60 -10\n-59.9 -10\n-59.95 -9.9\n0 1 2\n");
-  EXPECT_EQ(s.utmZone, -21);  // floor(120.05/6)+1 = 21, south
-  EXPECT_GT(s.nyUTM[0], 8.0e6);
-
-  thMesh2D w;
-  w.projection = "LONLAT";
-  w.readMeshText("3 1\n175 10\n175.1 10\n175.05 10.1\n0 1 2\n");
-  EXPECT_EQ(w.utmZone, 0);  // zone 60 reduced to 0
-
+  // zones of the mesh: south is negative, 60 is reduced to 0; a UTM projection leaves 32
+  const std::pair<std::string, int> zones[] = {{"-60 -10\n-59.9 -10\n-59.95 -9.9\n", -21},  // floor(120.05/6)+1
+                                               {"175 10\n175.1 10\n175.05 10.1\n", 0}};
+  for (const auto& [nodes, zone] : zones) {
+    thMesh2D z;
+    z.projection = "LONLAT";
+    z.readMeshText("3 1\n" + nodes + "0 1 2\n");
+    EXPECT_EQ(z.utmZone, zone);
+    EXPECT_TRUE(zone > 0 || z.nyUTM[0] > 8.0e6);  // false northing in the south
+  }
   thMesh2D u;
   u.projection = "UTM33";
   u.readMeshText("3 1\n0 0\n1 0\n0 1\n0 1 2\n");
-  EXPECT_EQ(u.utmZone, 32);
-  EXPECT_EQ(u.utmZoneFromProjection(), 33);
+  EXPECT_EQ(V({u.utmZone, u.utmZoneFromProjection()}), V({32, 33}));
   u.projection = "utm-5x";
   EXPECT_EQ(u.utmZoneFromProjection(), -5);
   u.projection = "LONLAT";
   EXPECT_EQ(u.utmZoneFromProjection(), -1);
 }
 
-TEST(MeshInit, VoronoiPointOnFace) {
-  // element 0's Voronoi point from the file lies on its south face
+TEST(MeshInit, VoronoiPointsFromOutside) {
+  // element 0's Voronoi point from the file lies on its south face; in a lon/lat mesh the
+  // normal becomes NaN instead
   const std::string text = "3 1 1\n0 0\n4 0\n1 3\n0 1 2\n2 0\n";
-  {
-    thMesh2D m;
-    EXPECT_VEXCEPTION(m.readMeshText(text), "Voronoi point on face." + thGlobal::errTail);
-    EXPECT_EQ(*m.initFlag, 0);
-  }
-  {
-    thMesh2D m;
-    m.projection = "LONLAT";
-    EXPECT_EQ(m.readMeshText(text), 0);  // the normal becomes NaN instead
-    EXPECT_TRUE(std::isnan(m.vfxNormL[m.evf[2]]));
-  }
-  {
-    // a point from the file far off: anglesVF above 5 degrees
-    thMesh2D m;
-    m.readMeshText("4 2 1\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n3 0.8\n2 -0.8\n");
-    EXPECT_FALSE(m.isOrthogonal);
-    EXPECT_FALSE(m.eIsAcute[0]);
-    EXPECT_FALSE(m.eIsAcute[1]);
-    EXPECT_NEAR(m.anglesVF[0], 90.0 - std::atan2(1.6, 1.0) * 57.29578, 1e-9);
-  }
+  thMesh2D m, l;
+  EXPECT_VEXCEPTION(m.readMeshText(text), "Voronoi point on face." + thGlobal::errTail);
+  EXPECT_EQ(*m.initFlag, 0);
+  l.projection = "LONLAT";
+  EXPECT_EQ(l.readMeshText(text), 0);
+  EXPECT_TRUE(std::isnan(l.vfxNormL[l.evf[2]]));
+  // a later run on points moved onto a face fails as well and leaves the mesh uninitialised
+  thMesh2D r;
+  r.readMeshText("3 1\n0 0\n4 0\n1 3\n0 1 2\n");
+  r.eVoronoiX[0] = 2;
+  r.eVoronoiY[0] = 0;
+  EXPECT_VEXCEPTION(r.initMesh(), "Voronoi point on face." + thGlobal::errTail);
+  EXPECT_EQ(*r.initFlag, 0);
+  // points far off: anglesVF above 5 degrees
+  thMesh2D k;
+  k.readMeshText("4 2 1\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n3 0.8\n2 -0.8\n");
+  EXPECT_FALSE(k.isOrthogonal || k.eIsAcute[0] || k.eIsAcute[1]);
+  EXPECT_NEAR(k.anglesVF[0], 90.0 - std::atan2(1.6, 1.0) * 57.29578, 1e-9);
 }
 
-TEST(MeshInit, ElemNbrsFailWithMinusOne) {
-  // element 1's face list made to lack the shared face: element 0's inner face has no second element
-  thMesh2D m;
-  m.readMeshText("4 2\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n");
-  ASSERT_EQ(m.evf[3], 0);
-  m.evf[3] = 4;
-  bool thrown = false;
-  try {
-    m.initElemNbrs();
-  } catch (int code) {
-    thrown = true;
-    EXPECT_EQ(code, -1);
-  }
-  EXPECT_TRUE(thrown);
-  EXPECT_EQ(m.eNbrNo, nullptr);
-}
-
-TEST(MeshInit, BrokenPrimaryArrays) {
-  {
-    thMesh2D m;
-    m.readMeshText("3 1\n0 0\n1 0\n0 1\n0 1 2\n");
-    m.en[2] = 7;  // beyond the nodes
-    EXPECT_VEXCEPTION_HAS(m.initMesh(), "refers to node 7");
-    m.en[2] = -1;
-    EXPECT_VEXCEPTION_HAS(m.initMesh(), "refers to node -1");
-    m.en[2] = 2;
-    m.nonpe[0] = 60;
-    EXPECT_VEXCEPTION_HAS(m.initMesh(), "60 nodes");
-    m.nonpe[0] = 3;
-    EXPECT_EQ(m.initMesh(), 0);
-  }
-  {
-    thMesh2D m;
-    m.noe = -2;
-    EXPECT_VEXCEPTION_HAS(m.initMesh(), "negative");
-    m.noe = 2;
-    EXPECT_VEXCEPTION_HAS(m.initMesh(), "missing");
-    m.noe = 0;
-  }
-}
-
-TEST(MeshInit, ShallowCopiesShareAndCloneOwns) {
+TEST(MeshInit, SharedArraysAndClone) {
   auto* src = new thMesh2D();
   src->readMeshText(thTest::gridMeshText(2, 1));
+  src->initElemNbrs();
   {
-    thMesh2D copy = *src;  // shares everything
+    thMesh2D copy = *src, assigned;  // copies share everything
+    assigned = copy;
     EXPECT_EQ(copy.nxCoor, src->nxCoor);
     EXPECT_EQ(copy.initFlag.get(), src->initFlag.get());
-    thMesh2D assigned;
-    assigned = copy;
     EXPECT_EQ(assigned.vfe, src->vfe);
     EXPECT_EQ(assigned.projection, "UTM32");
   }
-  // the copies are gone: the first one destroyed freed the arrays and cleared the byte
-  EXPECT_EQ(*src->initFlag, 0);
-  delete src;  // frees nothing more
+  EXPECT_EQ(*src->initFlag, 0);  // the first copy destroyed freed the arrays and cleared the byte
+  // the survivor can still read a mesh of its own: what it held is forgotten, not freed again
+  EXPECT_EQ(src->readMeshText(kite), 0);
+  src->initElemNbrs();
+  EXPECT_EQ(V({src->nvf, src->eNbr[0]}), V({5, 1}));
+  delete src;
 
   thMesh2D orig;
   orig.readMeshText(thTest::gridMeshText(2, 1, 1.0, 1.0, true));
   orig.initElemNbrs();
   thMesh2D* c = orig.clone();
-  EXPECT_NE(c->nxCoor, orig.nxCoor);
-  EXPECT_NE(c->en, orig.en);
-  EXPECT_NE(c->vfe, orig.vfe);
+  EXPECT_TRUE(c->nxCoor != orig.nxCoor && c->en != orig.en && c->vfe != orig.vfe);
   EXPECT_NE(c->initFlag.get(), orig.initFlag.get());
   EXPECT_EQ(c->eNbrNo, nullptr);
-  EXPECT_EQ(c->nvf, orig.nvf);
-  for (int k = 0; k < 2 * orig.nvf; k++) EXPECT_EQ(c->vfe[k], orig.vfe[k]);
-  for (int e = 0; e < orig.noe; e++) EXPECT_EQ(c->eVoronoiX[e], orig.eVoronoiX[e]);
+  EXPECT_EQ(arr(c->vfe, 2 * orig.nvf), arr(orig.vfe, 2 * orig.nvf));
+  EXPECT_EQ(arr(c->eVoronoiX, orig.noe), arr(orig.eVoronoiX, orig.noe));
   c->nxCoor[0] = 99;
   EXPECT_EQ(orig.nxCoor[0], 0.0);
   delete c;
   EXPECT_NE(*orig.initFlag, 0);
   EXPECT_EQ(orig.vft[0], 0);  // still alive
-}
 
-TEST(MeshInit, DefaultMeshAndXml) {
-  thMesh2D m;
-  EXPECT_EQ(m.defaultMeshText, "4\t1\n0\t0\n1\t0\n1\t1\n0\t1\n0\t1\t2\t3\n");
-  EXPECT_EQ(m.projection, "UTM32");
-  EXPECT_EQ(m.meshFmt, 0);
-  EXPECT_EQ(*m.initFlag, 0);
-  EXPECT_EQ(m.initDefaultMesh(), 0);
-  EXPECT_EQ(m.noe, 1);
-  EXPECT_EQ(m.nvf, 4);
-  EXPECT_DOUBLE_EQ(m.totArea, 1.0);
-  m.meshFN = "a\\b.mesh";
-  EXPECT_EQ(m.meshXml(),
-            "<Mesh>\n\t<Filename>a\\b.mesh</Filename>\n\t<Format>EMT</Format>\n\t<Projection>UTM32</Projection>\n"
-            "</Mesh>\n");
-  m.meshFmt = 1;
-  EXPECT_NE(m.meshXml().find("<Format>EMB</Format>"), std::string::npos);
-  m.meshFmt = 7;
-  EXPECT_VEXCEPTION(m.meshXml(), "fileFmtEnum2str: unsupported fileFmtEnum");
-}
-
-TEST(MeshInit, SmallModelFixture) {
-  thMesh2D m;
-  m.readMeshText(thTest::smallModelMeshText());
-  EXPECT_EQ(m.non, 15);
-  EXPECT_EQ(m.noe, 8);
-  EXPECT_EQ(m.nvf, 22);
-  EXPECT_EQ(m.nivf, 10);
-  EXPECT_EQ(m.tnbe, 4);
-  EXPECT_EQ(arr(m.vft + 10, 4), ints({1, 1, 2, 2}));
-  EXPECT_EQ(arr(m.bndElem, 4), ints({4, 0, 3, 7}));  // each walk keeps the domain on its left
-  EXPECT_DOUBLE_EQ(m.totArea, 80000.0);
-  thMesh2D x;
-  x.readMeshText(thTest::smallMixedMeshText());
-  EXPECT_EQ(x.noe, 10);
-  EXPECT_EQ(x.nvf, 24);
-  EXPECT_EQ(x.tnbe, 4);
-  EXPECT_FALSE(x.isOrthogonal);  // the split cells are right-angled triangles
+  // an editor replaces the node arrays and frees the old ones: the next run must not free them
+  // again through nxUTM, which aliased them
+  for (const char* projection : {"UTM32", "LONLAT"}) {
+    thMesh2D e;
+    e.projection = projection;
+    e.readMeshText(thTest::gridMeshText(2, 1, 0.01, 0.01));
+    for (double** p : {&e.nxCoor, &e.nyCoor}) {
+      double* fresh = new double[e.non];
+      std::copy(*p, *p + e.non, fresh);
+      delete[] *p;
+      *p = fresh;
+    }
+    e.nxCoor[0] = -0.001;
+    EXPECT_EQ(e.initMesh(), 0);
+    EXPECT_EQ(e.nxUTM == e.nxCoor, !e.isLonLat);
+    EXPECT_DOUBLE_EQ(e.exCoor[0], (-0.001 + 0.01 + 0.01 + 0) / 4);
+  }
 }
