@@ -176,6 +176,7 @@ void thModelInfo::copyFields(const thModelInfo& o) {
   layerType = o.layerType;
   wetDryOn = o.wetDryOn;
   allocElemRows = o.allocElemRows;
+  allocCols = o.allocCols;
   allocFaceRows = o.allocFaceRows;
 }
 
@@ -212,6 +213,7 @@ void thModelInfo::releaseDerived(bool free) {
   releaseArr(layerDepth, free);
   allocElemRows = 0;
   allocFaceRows = 0;
+  allocCols = 0;
   isInit = false;
   wetDryOn = false;
 }
@@ -321,6 +323,7 @@ int32_t thModelInfo::initCells() {
   unshare(true);
   releaseDerived(true);
   const int32_t nCols = noe + tnbe;
+  allocCols = nCols;
 
   // 1, 2: columns and the depth of each layer centre, from the top down.
   toplayerIdx = new int32_t[nCols]();
@@ -521,9 +524,9 @@ void thModelInfo::updateCellTop() {
   fillCellTop();
 }
 
+// Over the columns as initCells numbered them, even if the mesh has been edited since.
 void thModelInfo::fillCellTop() {
-  const int32_t nCols = mesh2d.noe + mesh2d.tnbe;
-  for (int32_t i = 0; i < nCols; i++) {
+  for (int32_t i = 0; i < allocCols; i++) {
     const int32_t top = etli[i] - ebli[i] + botlayerIdx[i];
     for (int32_t k = 0; k < nol - ebli[i]; k++) cellTop[botlayerIdx[i] + k] = top;
   }
@@ -620,6 +623,8 @@ std::string thModelInfo::resultFileExt() const { return (modelType == 2 || model
 
 int32_t thModelInfo::cellCoords(double*& x, double*& y, double*& z) const {
   if (!isInit) throw VException("thModelInfo::cellCoords: the cells are not initialised (initCells).");
+  if (mesh2d.noe != allocElemRows || (cells > 0 && (mesh2d.exCoor == nullptr || mesh2d.eyCoor == nullptr)))
+    throw VException("thModelInfo::cellCoords: the mesh has changed since initCells; run initCells again.");
   auto xs = std::make_unique<double[]>(cells);
   auto ys = std::make_unique<double[]>(cells);
   auto zs = std::make_unique<double[]>(cells);

@@ -95,6 +95,7 @@ class thModelInfo {
   // the mesh has changed.
   int32_t* shareCount = nullptr;
   int32_t allocElemRows = 0;  // rows of edz, edzOld, edzc, evfbli
+  int32_t allocCols = 0;      // entries of ebli, etli, botlayerIdx, toplayerIdx (noe+tnbe then)
   int32_t allocFaceRows = 0;  // rows of fdz, fdzOld, fdzc
 
   thModelInfo();
@@ -131,6 +132,7 @@ class thModelInfo {
   int32_t lengthClass(int32_t length) const;
   std::string resultFileExt() const;
   // Three new arrays of cells values: element centre and layer depth of each computational cell.
+  // Refuses a mesh whose element count has changed since initCells.
   int32_t cellCoords(double*& x, double*& y, double*& z) const;
   // Refills cellTop from the current etli.
   void updateCellTop();
@@ -161,8 +163,8 @@ class thModelInfo {
   // Gives up this object's share of the arrays, freeing them when it is the last.
   void releaseShare();
   void copyFields(const thModelInfo& o);
-  void fillCellTop();
-  void letGoOfSharedMesh();  // step of initCells and updateCellTop, without checks
+  void fillCellTop();        // step of initCells and updateCellTop, without checks
+  void letGoOfSharedMesh();  // a mesh that another member-wise copy still holds is left to it
 };
 
 }  // namespace thalmod

@@ -22,11 +22,15 @@ int32_t truncInt32(double v) {
 
 }  // namespace
 
-int64_t thModelInfo::ts2DT(int32_t ts) const { return startDT + truncInt32(static_cast<double>(ts) * dt); }
+// A startDT near the ends of the 64-bit range wraps around instead of overflowing.
+int64_t thModelInfo::ts2DT(int32_t ts) const {
+  const int32_t offset = truncInt32(static_cast<double>(ts) * dt);
+  return static_cast<int64_t>(static_cast<uint64_t>(startDT) + static_cast<uint64_t>(int64_t{offset}));
+}
 
 std::string thModelInfo::ts2StrDT(int32_t ts) const { return VCppLib::VDT::longDT2StrDT(ts2DT(ts)); }
 
-int64_t thModelInfo::lastDT() const { return ts2DT(nt - 1); }
+int64_t thModelInfo::lastDT() const { return ts2DT(static_cast<int32_t>(int64_t{nt} - 1)); }
 
 int32_t thModelInfo::findTimestep(int64_t dateTime, int32_t RoundFloorCeil) const {
   int64_t diff;

@@ -1,6 +1,7 @@
 // Meshes for the model tests, built from node and element lists through initMesh.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -17,21 +18,18 @@ inline void buildMesh(thalmod::thMesh2D& m, const std::vector<double>& x, const 
   m.nxCoor = new double[m.non];
   m.nyCoor = new double[m.non];
   m.nt = new int32_t[m.non];
-  for (int32_t i = 0; i < m.non; i++) {
-    m.nxCoor[i] = x[i];
-    m.nyCoor[i] = y[i];
-    m.nt[i] = types[i];
-  }
+  std::copy(x.begin(), x.end(), m.nxCoor);
+  std::copy(y.begin(), y.end(), m.nyCoor);
+  std::copy(types.begin(), types.end(), m.nt);
   m.noe = static_cast<int32_t>(elems.size());
   m.nonpe = new int32_t[m.noe];
-  size_t entries = 0;
-  for (const auto& el : elems) entries += el.size();
-  m.en = new int32_t[entries];
-  size_t at = 0;
+  std::vector<int32_t> en;
   for (int32_t e = 0; e < m.noe; e++) {
     m.nonpe[e] = static_cast<int32_t>(elems[e].size());
-    for (int32_t n : elems[e]) m.en[at++] = n;
+    en.insert(en.end(), elems[e].begin(), elems[e].end());
   }
+  m.en = new int32_t[en.size()];
+  std::copy(en.begin(), en.end(), m.en);
   m.initMesh();
 }
 

@@ -1,8 +1,8 @@
 // Cell, column, face and U-point numbering of thModelInfo on small models worked out by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -11,49 +11,45 @@
 #include "testutil/thTestUtil.h"
 
 using thalmod::thModelInfo;
+using VI = std::vector<int32_t>;
+using VD = std::vector<double>;
 
 namespace {
 
-void setStack(thModelInfo& mi, const std::vector<double>& dz, double topDepth = 0.0) {
-  delete[] mi.dz;
+template <typename T>
+void put(T*& a, const std::vector<T>& v) {
+  delete[] a;
+  a = new T[v.size()];
+  std::copy(v.begin(), v.end(), a);
+}
+
+// Tables of arrays (or array rows) and the values they must start with.
+struct Ints { const char* what; const int32_t* got; VI want; };
+struct Reals { const char* what; const double* got; VD want; };
+void expectArrays(std::initializer_list<Ints> ints, std::initializer_list<Reals> reals = {}) {
+  for (const Ints& a : ints) EXPECT_EQ(VI(a.got, a.got + a.want.size()), a.want) << a.what;
+  for (const Reals& a : reals)
+    for (size_t i = 0; i < a.want.size(); i++) EXPECT_NEAR(a.got[i], a.want[i], 1e-12) << a.what << "[" << i << "]";
+}
+
+void stack(thModelInfo& mi, const VD& dz) {
   mi.nol = static_cast<int32_t>(dz.size());
-  mi.dz = new double[dz.size()];
-  for (size_t k = 0; k < dz.size(); k++) mi.dz[k] = dz[k];
+  put(mi.dz, dz);
+}
+
+// The strip of three unit squares (modelTestMeshes.h) with a layer stack and a bathymetry.
+void setUp(thModelInfo& mi, bool openRight, bool openLeft, const VD& dz, const VD& bathy, double topDepth = 0) {
+  modelTest::stripMesh(mi.mesh2d, openRight, openLeft);
+  stack(mi, dz);
+  put(mi.elemBathy, bathy);
   mi.topDepth = topDepth;
 }
 
-void setBathy(thModelInfo& mi, const std::vector<double>& depth) {
-  delete[] mi.elemBathy;
-  mi.elemBathy = new double[depth.size()];
-  for (size_t e = 0; e < depth.size(); e++) mi.elemBathy[e] = depth[e];
-}
-
-void setEnol(thModelInfo& mi, const std::vector<int32_t>& n) {
-  delete[] mi.enol;
-  mi.enol = new int32_t[n.size()];
-  for (size_t e = 0; e < n.size(); e++) mi.enol[e] = n[e];
-}
-
-template <typename T>
-std::vector<T> vec(const T* a, int32_t n) {
-  return std::vector<T>(a, a + n);
-}
-
-std::vector<double> row(double* const* t, int32_t i, int32_t n) { return std::vector<double>(t[i], t[i] + n); }
-
-void expectNear(const std::vector<double>& got, const std::vector<double>& want, const char* what) {
-  ASSERT_EQ(got.size(), want.size()) << what;
-  for (size_t i = 0; i < got.size(); i++) EXPECT_NEAR(got[i], want[i], 1e-12) << what << "[" << i << "]";
-}
-
-// The strip of three squares with both ends open, stack dz 4,3,2,1 (layer 0 deepest): upper edges
-// of the layers 6, 3, 1, 0 and centres 8, 4.5, 2, 0.5. Bathymetry 8 (all four layers), 3 (exactly
-// on the upper edge of layer 1, so layers 2 and 3) and 1.05 (layers 2, 3; the 0.05 bottom cell is
-// thickened to 0.1 x dz[2] = 0.2).
+// Both ends open, stack dz 4,3,2,1 (layer 0 deepest): upper edges of the layers 6, 3, 1, 0 and
+// centres 8, 4.5, 2, 0.5. Bathymetry 8 (all four layers), 3 (exactly on the upper edge of layer 1,
+// so layers 2 and 3) and 1.05 (layers 2, 3; the 0.05 bottom cell is thickened to 0.1 x dz[2] = 0.2).
 void stripModel(thModelInfo& mi, bool bndFacesOn = true) {
-  modelTest::stripMesh(mi.mesh2d, true, true);
-  setStack(mi, {4, 3, 2, 1});
-  setBathy(mi, {8.0, 3.0, 1.05});
+  setUp(mi, true, true, {4, 3, 2, 1}, {8.0, 3.0, 1.05});
   mi.bndFacesOn = bndFacesOn;
   ASSERT_EQ(mi.initCells(), 0);
 }
@@ -62,491 +58,312 @@ void stripModel(thModelInfo& mi, bool bndFacesOn = true) {
 
 TEST(ModelEnums, TextConversions) {
   using namespace thalmod;
-  EXPECT_EQ(str2modelTypeEnum("Water"), water);
-  EXPECT_EQ(str2modelTypeEnum("UNSTRUCTURED"), water);
-  EXPECT_EQ(str2modelTypeEnum("sediment"), sediment);
-  EXPECT_EQ(str2modelTypeEnum("ABM"), abm);
-  EXPECT_EQ(static_cast<int32_t>(sediment), 10);
-  EXPECT_EQ(static_cast<int32_t>(abm), 20);
+  EXPECT_EQ(VI({str2modelTypeEnum("Water"), str2modelTypeEnum("UNSTRUCTURED"), str2modelTypeEnum("sediment"),
+                str2modelTypeEnum("ABM")}),
+            (VI{0, 0, 10, 20}));
   EXPECT_VEXCEPTION(str2modelTypeEnum("Ocean"), "str2modelTypeEnum: invalid modeltype definition (ocean).");
-  EXPECT_EQ(modelTypeEnum2str(water), "water");
-  EXPECT_EQ(modelTypeEnum2str(sediment), "sediment");
-  EXPECT_EQ(modelTypeEnum2str(abm), "abm");
+  EXPECT_EQ(modelTypeEnum2str(water) + modelTypeEnum2str(sediment) + modelTypeEnum2str(abm), "watersedimentabm");
   EXPECT_VEXCEPTION(modelTypeEnum2str(static_cast<modelTypeEnum>(2)), "modelTypeEnum2str: unsupported modelTypeEnum.");
-
-  EXPECT_EQ(str2layerTypeEnum("zlayer"), zlayer);
-  EXPECT_EQ(str2layerTypeEnum("z"), zlayer);
-  EXPECT_EQ(str2layerTypeEnum("Sigma"), sigma);
+  EXPECT_EQ(VI({str2layerTypeEnum("zlayer"), str2layerTypeEnum("z"), str2layerTypeEnum("Sigma")}), (VI{0, 0, 1}));
   EXPECT_VEXCEPTION(str2layerTypeEnum("z-layer"), "str2fileFmtEnum: invalid format definition (Z-LAYER).");
-  EXPECT_EQ(layerTypeEnum2str(zlayer), "zlayer");
-  EXPECT_EQ(layerTypeEnum2str(sigma), "sigma");
+  EXPECT_EQ(layerTypeEnum2str(zlayer) + layerTypeEnum2str(sigma), "zlayersigma");
   EXPECT_VEXCEPTION(layerTypeEnum2str(static_cast<layerTypeEnum>(2)), "modelTypeEnum2str: unsupported layerTypeEnum.");
 }
 
-TEST(ModelInfo, StripColumnsCellsAndGhosts) {
+TEST(ModelInfo, StripNumbering) {
   thModelInfo mi;
   stripModel(mi);
+  // The mesh as the numbering below assumes it. Columns 0..2 are the elements, 3 the ghost of the
+  // right end (element 2), 4 of the left (element 0). Faces 0, 1 inner, 2 the right open face, 3 the left.
   const auto& m = mi.mesh2d;
-  // The mesh as the numbering below assumes it.
-  ASSERT_EQ(m.noe, 3);
-  ASSERT_EQ(m.nivf, 2);
-  ASSERT_EQ(m.tnbe, 2);
-  ASSERT_EQ(m.nBnd, 2);
-  EXPECT_EQ(vec(m.bndElem, 2), (std::vector<int32_t>{2, 0}));
-  EXPECT_EQ(vec(m.vfe, 8), (std::vector<int32_t>{0, 1, 1, 2, 2, 3, 0, 4}));
-
+  ASSERT_TRUE(m.noe == 3 && m.nivf == 2 && m.tnbe == 2 && m.nBnd == 2);
   EXPECT_TRUE(mi.isInit);
-  expectNear(vec(mi.layerDepth, 4), {8.0, 4.5, 2.0, 0.5}, "layerDepth");
-  // Columns 0..2 are the elements, 3 the ghost of the right end (element 2), 4 of the left (element 0).
-  EXPECT_EQ(vec(mi.ebli, 5), (std::vector<int32_t>{0, 2, 2, 2, 0}));
-  EXPECT_EQ(vec(mi.etli, 5), (std::vector<int32_t>{3, 3, 3, 3, 3}));
-  EXPECT_EQ(vec(mi.enol, 3), (std::vector<int32_t>{4, 2, 2}));
-  EXPECT_EQ(vec(mi.botlayerIdx, 5), (std::vector<int32_t>{0, 4, 6, 8, 10}));
-  EXPECT_EQ(vec(mi.toplayerIdx, 5), (std::vector<int32_t>{3, 5, 7, 9, 13}));
-  EXPECT_EQ(mi.cells, 8);
-  EXPECT_EQ(mi.totNoBndCells, 6);
-  EXPECT_EQ(vec(mi.bndNoCells, 2), (std::vector<int32_t>{2, 4}));
-  EXPECT_EQ(vec(mi.cell2elem, 14), (std::vector<int32_t>{0, 0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4, 4}));
-  EXPECT_EQ(vec(mi.cell2layer, 14), (std::vector<int32_t>{0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 0, 1, 2, 3}));
-  EXPECT_EQ(vec(mi.cellTop, 14), (std::vector<int32_t>{3, 3, 3, 3, 5, 5, 7, 7, 9, 9, 13, 13, 13, 13}));
-  EXPECT_EQ(vec(mi.cellGroup, 14), std::vector<int32_t>(14, 0));
-  EXPECT_EQ(vec(mi.cellSeq, 14), (std::vector<int32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}));
+  expectArrays({{"bndElem", m.bndElem, {2, 0}}, {"vfe", m.vfe, {0, 1, 1, 2, 2, 3, 0, 4}}, {"etli", mi.etli, VI(5, 3)},
+                {"ebli", mi.ebli, {0, 2, 2, 2, 0}}, {"enol", mi.enol, {4, 2, 2}}, {"bndNoCells", mi.bndNoCells, {2, 4}},
+                {"botlayerIdx", mi.botlayerIdx, {0, 4, 6, 8, 10}}, {"toplayerIdx", mi.toplayerIdx, {3, 5, 7, 9, 13}},
+                {"cell2elem", mi.cell2elem, {0, 0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4, 4}},
+                {"cell2layer", mi.cell2layer, {0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 0, 1, 2, 3}},
+                {"cellTop", mi.cellTop, {3, 3, 3, 3, 5, 5, 7, 7, 9, 9, 13, 13, 13, 13}},
+                {"cellGroup", mi.cellGroup, VI(14)},
+                {"cellSeq", mi.cellSeq, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}},
+                {"fbli", mi.fbli, {2, 2, 2, 0}}, {"ftli", mi.ftli, {3, 3, 3, 3}}, {"fUIdx", mi.fUIdx, {0, 2, 4, 6}},
+                {"fLayerOff", mi.fLayerOff, {2, 0, 0, 0, 0, 0, 0, 0}}, {"evfbli0", mi.evfbli[0], {2, 0}},
+                {"evfbli1", mi.evfbli[1], {2, 2}}, {"evfbli2", mi.evfbli[2], {2, 2}}},
+               // Element 1's bed lies on the upper edge of layer 1, so its bottom cell is the full layer
+               // 2; element 2's 0.05 is raised to 0.2 and its bed to 1.2. Face 0: the sides differ, the
+               // shallower side (element 1) gives the bottom thickness, and the face has 2 U-points against
+               // the 4 cells of element 0. Face 1: equal bottom layers, the thinner bottom cell.
+               {{"layerDepth", mi.layerDepth, {8.0, 4.5, 2.0, 0.5}}, {"elemBathy", mi.elemBathy, {8.0, 3.0, 1.2}},
+                {"edz0", mi.edz[0], {2, 3, 2, 1}}, {"edz1", mi.edz[1], {2, 1}}, {"edz2", mi.edz[2], {0.2, 1}},
+                {"edzc0", mi.edzc[0], {2.5, 2.5, 1.5}}, {"edzc1", mi.edzc[1], {1.5}}, {"edzc2", mi.edzc[2], {0.6}},
+                {"cellVol", mi.cellVol, {2, 3, 2, 1, 2, 1, 0.2, 1}},
+                {"cellDepth", mi.cellDepth, {7, 4.5, 2, 0.5, 2, 0.5, 1.1, 0.5}},
+                {"fdz0", mi.fdz[0], {2, 1}}, {"fdz1", mi.fdz[1], {0.2, 1}}, {"fdzOld1", mi.fdzOld[1], {0.2, 1}},
+                {"fdz2", mi.fdz[2], {0.2, 1}}, {"fdz3", mi.fdz[3], {2, 3, 2, 1}}, {"fdzc0", mi.fdzc[0], {1.5}},
+                {"fdzc1", mi.fdzc[1], {0.6}}, {"fdzc3", mi.fdzc[3], {2.5, 2.5, 1.5}}});
+  EXPECT_EQ(VI({mi.cells, mi.totNoBndCells, mi.totNoUvf, mi.noUInner, mi.noUBnd, mi.totNoUPnts}),
+            (VI{8, 6, 4, 4, 6, 10}));
 
-  // Thicknesses: element 1's bed lies on the upper edge of layer 1, so its bottom cell is the full
-  // layer 2; element 2's 0.05 is raised to 0.2 and its bed to 1.2.
-  expectNear(row(mi.edz, 0, 4), {2, 3, 2, 1}, "edz0");
-  expectNear(row(mi.edz, 1, 2), {2, 1}, "edz1");
-  expectNear(row(mi.edz, 2, 2), {0.2, 1}, "edz2");
-  expectNear(row(mi.edzOld, 2, 2), {0.2, 1}, "edzOld2");
-  expectNear(row(mi.edzc, 0, 3), {2.5, 2.5, 1.5}, "edzc0");
-  expectNear(row(mi.edzc, 1, 1), {1.5}, "edzc1");
-  expectNear(row(mi.edzc, 2, 1), {0.6}, "edzc2");
-  expectNear(vec(mi.elemBathy, 3), {8.0, 3.0, 1.2}, "elemBathy");
-  expectNear(vec(mi.cellVol, 8), {2, 3, 2, 1, 2, 1, 0.2, 1}, "cellVol");
-  expectNear(vec(mi.cellDepth, 8), {7, 4.5, 2, 0.5, 2, 0.5, 1.1, 0.5}, "cellDepth");
+  // Without boundary faces in the face list: ghost columns and cells exist all the same, and an
+  // open face reaches down to its element's bottom layer.
+  thModelInfo off;
+  stripModel(off, false);
+  EXPECT_EQ(VI({off.totNoUvf, off.noUInner, off.noUBnd, off.totNoUPnts, off.cells, off.totNoBndCells}),
+            (VI{2, 4, 0, 4, 8, 6}));
+  expectArrays({{"fUIdx", off.fUIdx, {0, 2}}, {"ghost cell2elem", off.cell2elem + 8, {3, 3, 4, 4, 4, 4}},
+                {"evfbli0", off.evfbli[0], {2, 0}}});
+  // A closed mesh has no ghosts.
+  thModelInfo closed;
+  setUp(closed, false, false, {4, 3, 2, 1}, {8.0, 3.0, 1.05});
+  ASSERT_EQ(closed.initCells(), 0);
+  EXPECT_EQ(VI({closed.mesh2d.tnbe, closed.totNoUvf, closed.totNoBndCells, closed.cells}), (VI{0, 2, 0, 8}));
+  expectArrays({{"cellTop", closed.cellTop, {3, 3, 3, 3, 5, 5, 7, 7}}});
 }
 
-TEST(ModelInfo, StripFacesAndUPoints) {
-  thModelInfo mi;
-  stripModel(mi);
-  // Faces 0, 1 inner, 2 the right open face (element 2), 3 the left one (element 0).
-  EXPECT_EQ(mi.totNoUvf, 4);
-  EXPECT_EQ(vec(mi.fbli, 4), (std::vector<int32_t>{2, 2, 2, 0}));
-  EXPECT_EQ(vec(mi.ftli, 4), (std::vector<int32_t>{3, 3, 3, 3}));
-  EXPECT_EQ(vec(mi.fUIdx, 4), (std::vector<int32_t>{0, 2, 4, 6}));
-  EXPECT_EQ(vec(mi.fLayerOff, 8), (std::vector<int32_t>{2, 0, 0, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(mi.noUInner, 4);
-  EXPECT_EQ(mi.noUBnd, 6);
-  EXPECT_EQ(mi.totNoUPnts, 10);
-  // Face 0: the sides differ, the shallower side (element 1) gives the bottom thickness.
-  expectNear(row(mi.fdz, 0, 2), {2, 1}, "fdz0");
-  expectNear(row(mi.fdzc, 0, 1), {1.5}, "fdzc0");
-  // Face 1: equal bottom layers, the thinner bottom cell.
-  expectNear(row(mi.fdz, 1, 2), {0.2, 1}, "fdz1");
-  expectNear(row(mi.fdzOld, 1, 2), {0.2, 1}, "fdzOld1");
-  expectNear(row(mi.fdzc, 1, 1), {0.6}, "fdzc1");
-  expectNear(row(mi.fdz, 2, 2), {0.2, 1}, "fdz2");
-  expectNear(row(mi.fdz, 3, 4), {2, 3, 2, 1}, "fdz3");
-  expectNear(row(mi.fdzOld, 3, 4), {2, 3, 2, 1}, "fdzOld3");
-  expectNear(row(mi.fdzc, 3, 3), {2.5, 2.5, 1.5}, "fdzc3");
-  // The deeper element has more cells than its face to the shallower one has U-points.
-  EXPECT_LT(mi.totNoUvf > 0 ? mi.ftli[0] - mi.fbli[0] + 1 : 0, mi.toplayerIdx[0] - mi.botlayerIdx[0] + 1);
-  // Element faces: inner first, then open; the fbli of each.
-  EXPECT_EQ(vec(mi.evfbli[0], 2), (std::vector<int32_t>{2, 0}));
-  EXPECT_EQ(vec(mi.evfbli[1], 2), (std::vector<int32_t>{2, 2}));
-  EXPECT_EQ(vec(mi.evfbli[2], 2), (std::vector<int32_t>{2, 2}));
+TEST(ModelInfo, BottomCells) {
+  // One layer of 5 (centre 2.5): 0.2 is below 0.1 x 5 and is raised to 0.5; 7 is deeper than the
+  // stack and is kept. With nol = 1, edzc and fdzc are half the bottom thickness.
+  thModelInfo one;
+  setUp(one, true, false, {5}, {3.0, 0.2, 7.0});
+  ASSERT_EQ(one.initCells(), 0);
+  EXPECT_EQ(VI({one.cells, one.totNoBndCells, one.totNoUvf}), (VI{3, 1, 3}));
+  expectArrays({{"ebli", one.ebli, {0, 0, 0, 0}}, {"botlayerIdx", one.botlayerIdx, {0, 1, 2, 3}},
+                {"fUIdx", one.fUIdx, {0, 1, 2}}},
+               {{"layerDepth", one.layerDepth, {2.5}}, {"cellDepth", one.cellDepth, {1.5, 0.25, 3.5}}});
+  const VD edz = {3.0, 0.5, 7.0}, fdz = {0.5, 0.5, 7.0};  // fdz: the thinner side of each inner face
+  for (int32_t i = 0; i < 3; i++)
+    expectArrays({}, {{"edz", one.edz[i], {edz[i]}}, {"edzc", one.edzc[i], {edz[i] / 2}},
+                      {"fdz", one.fdz[i], {fdz[i]}}, {"fdzc", one.fdzc[i], {fdz[i] / 2}}});
+  // dz 10,10 below a top depth of 1: upper edges 11 and 1. 11.5, 0.5 below the upper edge of
+  // layer 0, gives a bottom cell of 1.0 and a bed 0.5 deeper. 0.5 and -3 lie at or above topDepth:
+  // one layer, bed raised to topDepth + 0.1 x dz[1]. minBotFrac 0 keeps a thin bottom cell but
+  // lifts a bed above its layer's upper edge onto it.
+  for (double frac : {0.1, 0.0}) {
+    thModelInfo mi;
+    setUp(mi, false, false, {10, 10}, {11.5, 0.5, -3.0}, 1.0);
+    mi.minBotFrac = frac;
+    ASSERT_EQ(mi.initCells(), 0);
+    expectArrays({{"ebli", mi.ebli, {0, 1, 1}}}, {{"layerDepth", mi.layerDepth, {16, 6}}});
+    if (frac > 0)
+      expectArrays({}, {{"elemBathy", mi.elemBathy, {12.0, 2.0, 2.0}}, {"edz0", mi.edz[0], {1.0, 10.0}},
+                        {"edz1", mi.edz[1], {1}}, {"edz2", mi.edz[2], {1}}, {"edzc1", mi.edzc[1], {0.5}},
+                        {"edzc2", mi.edzc[2], {0.5}}, {"cellDepth", mi.cellDepth, {11.5, 6, 1.5, 1.5}}});
+    else
+      expectArrays({}, {{"elemBathy", mi.elemBathy, {11.5, 1.0, 1.0}}, {"edz0", mi.edz[0], {0.5}},
+                        {"edz1", mi.edz[1], {0}}, {"edz2", mi.edz[2], {0}}});
+  }
 }
 
-TEST(ModelInfo, BoundaryFacesOff) {
+TEST(ModelInfo, NegativeMinBotFracAndGivenLayerCounts) {
   thModelInfo mi;
-  stripModel(mi, false);
-  EXPECT_EQ(mi.totNoUvf, 2);
-  EXPECT_EQ(mi.noUInner, 4);
-  EXPECT_EQ(mi.noUBnd, 0);
-  EXPECT_EQ(mi.totNoUPnts, 4);
-  EXPECT_EQ(vec(mi.fUIdx, 2), (std::vector<int32_t>{0, 2}));
-  // Ghost columns and cells exist all the same.
-  EXPECT_EQ(mi.cells, 8);
-  EXPECT_EQ(mi.totNoBndCells, 6);
-  EXPECT_EQ(vec(mi.botlayerIdx, 5), (std::vector<int32_t>{0, 4, 6, 8, 10}));
-  EXPECT_EQ(vec(mi.cell2elem + 8, 6), (std::vector<int32_t>{3, 3, 4, 4, 4, 4}));
-  // An open face outside the face list reaches down to its element's bottom layer.
-  EXPECT_EQ(vec(mi.evfbli[0], 2), (std::vector<int32_t>{2, 0}));
-  EXPECT_EQ(vec(mi.evfbli[2], 2), (std::vector<int32_t>{2, 2}));
-}
-
-TEST(ModelInfo, ClosedMeshHasNoGhosts) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, false, false);
-  setStack(mi, {4, 3, 2, 1});
-  setBathy(mi, {8.0, 3.0, 1.05});
-  ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(mi.mesh2d.tnbe, 0);
-  EXPECT_EQ(mi.totNoUvf, 2);
-  EXPECT_EQ(mi.totNoBndCells, 0);
-  EXPECT_EQ(mi.cells, 8);
-  EXPECT_EQ(vec(mi.cellTop, 8), (std::vector<int32_t>{3, 3, 3, 3, 5, 5, 7, 7}));
-}
-
-TEST(ModelInfo, SingleLayer) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, true, false);
-  setStack(mi, {5});
-  setBathy(mi, {3.0, 0.2, 7.0});
-  ASSERT_EQ(mi.initCells(), 0);
-  expectNear(vec(mi.layerDepth, 1), {2.5}, "layerDepth");
-  EXPECT_EQ(vec(mi.ebli, 4), (std::vector<int32_t>{0, 0, 0, 0}));
-  EXPECT_EQ(vec(mi.botlayerIdx, 4), (std::vector<int32_t>{0, 1, 2, 3}));
-  EXPECT_EQ(mi.cells, 3);
-  EXPECT_EQ(mi.totNoBndCells, 1);
-  // 0.2 is below 0.1 x 5 and is raised to 0.5; 7 is deeper than the stack and is kept.
-  expectNear({mi.edz[0][0], mi.edz[1][0], mi.edz[2][0]}, {3.0, 0.5, 7.0}, "edz");
-  expectNear({mi.edzc[0][0], mi.edzc[1][0], mi.edzc[2][0]}, {1.5, 0.25, 3.5}, "edzc");
-  EXPECT_EQ(mi.totNoUvf, 3);
-  expectNear({mi.fdz[0][0], mi.fdz[1][0], mi.fdz[2][0]}, {0.5, 0.5, 7.0}, "fdz");
-  expectNear({mi.fdzc[0][0], mi.fdzc[1][0], mi.fdzc[2][0]}, {0.25, 0.25, 3.5}, "fdzc");
-  EXPECT_EQ(vec(mi.fUIdx, 3), (std::vector<int32_t>{0, 1, 2}));
-  expectNear(vec(mi.cellDepth, 3), {1.5, 0.25, 3.5}, "cellDepth");
-}
-
-TEST(ModelInfo, BedAboveTopAndThinBottomCells) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, false, false);
-  // dz 10,10 with a top depth of 1: upper edges 11 and 1.
-  setStack(mi, {10, 10}, 1.0);
-  // 11.5: 0.5 below the upper edge of layer 0 gives a bottom cell of 1.0 and a bed 0.5 deeper.
-  // 0.5 and -3: at or above topDepth, one layer, bed raised to topDepth + 0.1 x dz[1].
-  setBathy(mi, {11.5, 0.5, -3.0});
-  ASSERT_EQ(mi.initCells(), 0);
-  expectNear(vec(mi.layerDepth, 2), {16, 6}, "layerDepth");
-  EXPECT_EQ(vec(mi.ebli, 3), (std::vector<int32_t>{0, 1, 1}));
-  expectNear(vec(mi.elemBathy, 3), {12.0, 2.0, 2.0}, "elemBathy");
-  expectNear(row(mi.edz, 0, 2), {1.0, 10.0}, "edz0");
-  expectNear({mi.edz[1][0], mi.edz[2][0]}, {1.0, 1.0}, "edz1,2");
-  expectNear({mi.edzc[1][0], mi.edzc[2][0]}, {0.5, 0.5}, "edzc1,2");
-  expectNear(vec(mi.cellDepth, 4), {11.5, 6, 1.5, 1.5}, "cellDepth");
-  // minBotFrac 0 keeps a thin bottom cell but lifts a bed above its layer's upper edge onto it.
-  thModelInfo m0;
-  modelTest::stripMesh(m0.mesh2d, false, false);
-  setStack(m0, {10, 10}, 1.0);
-  setBathy(m0, {11.5, 0.5, -3.0});
-  m0.minBotFrac = 0.0;
-  ASSERT_EQ(m0.initCells(), 0);
-  expectNear(vec(m0.elemBathy, 3), {11.5, 1.0, 1.0}, "elemBathy");
-  expectNear({m0.edz[0][0], m0.edz[1][0], m0.edz[2][0]}, {0.5, 0.0, 0.0}, "edz");
-}
-
-TEST(ModelInfo, NegativeMinBotFracDropsThinBottomCells) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, true, true);
-  setStack(mi, {4, 3, 2, 1});
-  setBathy(mi, {8.0, 3.0, 1.05});
+  setUp(mi, true, true, {4, 3, 2, 1}, {8.0, 3.0, 1.05});
   // Element 2's 0.05 is below 0.5 x dz[2] = 1: its bottom cell goes, ebli 3, bed 1.0. Element 0's
-  // 2.0 equals 0.5 x dz[0] and stays (strict comparison).
+  // 2.0 equals 0.5 x dz[0] and stays (strict comparison). Counts, enol and the element's own cell
+  // range keep the dropped cell; faces follow the new bottom layer.
   mi.minBotFrac = -0.5;
   ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(vec(mi.ebli, 5), (std::vector<int32_t>{0, 2, 3, 3, 0}));
-  expectNear(vec(mi.elemBathy, 3), {8.0, 3.0, 1.0}, "elemBathy");
-  expectNear({mi.edz[2][0]}, {1.0}, "edz2");
-  expectNear({mi.edzc[2][0]}, {0.5}, "edzc2");
-  // Counts, enol and the element's own cell range keep the dropped cell.
-  EXPECT_EQ(mi.cells, 8);
-  EXPECT_EQ(vec(mi.enol, 3), (std::vector<int32_t>{4, 2, 2}));
-  EXPECT_EQ(vec(mi.botlayerIdx, 5), (std::vector<int32_t>{0, 4, 6, 8, 9}));
-  EXPECT_EQ(vec(mi.toplayerIdx, 5), (std::vector<int32_t>{3, 5, 7, 8, 12}));
-  EXPECT_EQ(mi.totNoBndCells, 5);
-  EXPECT_EQ(vec(mi.bndNoCells, 2), (std::vector<int32_t>{1, 4}));
-  EXPECT_EQ(mi.cell2elem[6], 2);
-  EXPECT_EQ(mi.cell2layer[6], 3);
-  EXPECT_EQ(vec(mi.cell2elem + 8, 5), (std::vector<int32_t>{3, 4, 4, 4, 4}));
-  EXPECT_EQ(vec(mi.cell2layer + 8, 5), (std::vector<int32_t>{3, 0, 1, 2, 3}));
-  EXPECT_EQ(mi.cellTop[6], 6);
-  EXPECT_EQ(mi.cellTop[8], 8);
-  expectNear({mi.cellVol[6], mi.cellDepth[6]}, {1.0, 0.5}, "cell 6");
-  // Faces follow the new bottom layer.
-  EXPECT_EQ(vec(mi.fbli, 4), (std::vector<int32_t>{2, 3, 3, 0}));
-  EXPECT_EQ(vec(mi.fUIdx, 4), (std::vector<int32_t>{0, 2, 3, 4}));
-  EXPECT_EQ(vec(mi.fLayerOff, 4), (std::vector<int32_t>{2, 0, 1, 0}));
-  EXPECT_EQ(mi.totNoUPnts, 8);
-  expectNear({mi.fdz[1][0], mi.fdzc[1][0]}, {1.0, 0.5}, "fdz1");
+  EXPECT_EQ(VI({mi.cells, mi.totNoBndCells, mi.totNoUPnts}), (VI{8, 5, 8}));
+  EXPECT_EQ(VI({mi.cell2elem[6], mi.cell2layer[6], mi.cellTop[6], mi.cellTop[8]}), (VI{2, 3, 6, 8}));
+  expectArrays({{"ebli", mi.ebli, {0, 2, 3, 3, 0}}, {"enol", mi.enol, {4, 2, 2}},
+                {"botlayerIdx", mi.botlayerIdx, {0, 4, 6, 8, 9}}, {"toplayerIdx", mi.toplayerIdx, {3, 5, 7, 8, 12}},
+                {"bndNoCells", mi.bndNoCells, {1, 4}}, {"ghost cell2elem", mi.cell2elem + 8, {3, 4, 4, 4, 4}},
+                {"ghost cell2layer", mi.cell2layer + 8, {3, 0, 1, 2, 3}}, {"fbli", mi.fbli, {2, 3, 3, 0}},
+                {"fUIdx", mi.fUIdx, {0, 2, 3, 4}}, {"fLayerOff", mi.fLayerOff, {2, 0, 1, 0}}},
+               {{"elemBathy", mi.elemBathy, {8.0, 3.0, 1.0}}, {"edz2", mi.edz[2], {1.0}}, {"edzc2", mi.edzc[2], {0.5}},
+                {"cellVol6", mi.cellVol + 6, {1.0}}, {"cellDepth6", mi.cellDepth + 6, {0.5}},
+                {"fdz1", mi.fdz[1], {1.0}}, {"fdzc1", mi.fdzc[1], {0.5}}});
+
+  // Given layer counts: 0 and -1 leave the choice to the depth; 1 and 3 fix the bottom layer
+  // whatever the depth. Element 1: bed 3 is 3 below the upper edge 0 of layer 3. Element 2: 1.05
+  // lies above the upper edge 3 of layer 1, so the bottom cell is raised to 0.1 x 3, the bed to 3.3.
+  thModelInfo given;
+  setUp(given, true, false, {4, 3, 2, 1}, {8.0, 3.0, 1.05});
+  for (int32_t first : {0, -1}) {
+    put(given.enol, {first, 1, 3});
+    ASSERT_EQ(given.initCells(), 0);
+    EXPECT_EQ(given.cells, 8);
+    expectArrays({{"ebli", given.ebli, {0, 3, 1, 1}}, {"enol", given.enol, {4, 1, 3}},
+                  {"botlayerIdx", given.botlayerIdx, {0, 4, 5, 8}}},
+                 {{"elemBathy", given.elemBathy, {8.0, 3.0, 3.3}}, {"edz1", given.edz[1], {3.0}},
+                  {"edz2", given.edz[2], {0.3, 2, 1}}});
+  }
 }
 
-TEST(ModelInfo, GivenLayerCounts) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, true, false);
-  setStack(mi, {4, 3, 2, 1});
-  setBathy(mi, {8.0, 3.0, 1.05});
-  // 0 and -1 leave the choice to the depth; 1 and 3 fix the bottom layer whatever the depth.
-  setEnol(mi, {0, 1, 3});
-  ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(vec(mi.ebli, 4), (std::vector<int32_t>{0, 3, 1, 1}));
-  EXPECT_EQ(vec(mi.enol, 3), (std::vector<int32_t>{4, 1, 3}));
-  // Element 1: bed 3 is 3 below the upper edge 0 of layer 3. Element 2: 1.05 lies above the upper
-  // edge 3 of layer 1, so the bottom cell is raised to 0.1 x 3 with the bed at 3.3.
-  expectNear(vec(mi.elemBathy, 3), {8.0, 3.0, 3.3}, "elemBathy");
-  expectNear({mi.edz[1][0]}, {3.0}, "edz1");
-  expectNear(row(mi.edz, 2, 3), {0.3, 2, 1}, "edz2");
-  EXPECT_EQ(vec(mi.botlayerIdx, 4), (std::vector<int32_t>{0, 4, 5, 8}));
-  EXPECT_EQ(mi.cells, 8);
-  // enol is kept: a second run gives the same numbering.
-  setEnol(mi, {-1, 1, 3});
-  ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(vec(mi.ebli, 4), (std::vector<int32_t>{0, 3, 1, 1}));
-}
-
-TEST(ModelInfo, LayerQueries) {
+TEST(ModelInfo, LayerQueriesAndCellCoords) {
   thModelInfo mi;
   stripModel(mi);
-  // Upper edges 6, 3, 1, 0.
-  EXPECT_DOUBLE_EQ(mi.layerUpperEdge(0, 0), 6.0);
-  EXPECT_DOUBLE_EQ(mi.layerUpperEdge(3, 2), 0.0);
-  EXPECT_VEXCEPTION(mi.layerUpperEdge(4, 0), "thModelInfo::layerUpperEdge: layer 4 is outside 0..3.");
-  // Element 0, bed 8: a depth on an upper edge belongs to that layer.
-  EXPECT_EQ(mi.depth2Layer(0, 6.0), 0);
-  EXPECT_EQ(mi.depth2Layer(0, 5.9), 1);
-  EXPECT_EQ(mi.depth2Layer(0, 3.0), 1);
-  EXPECT_EQ(mi.depth2Layer(0, 1.0), 2);
-  EXPECT_EQ(mi.depth2Layer(0, 0.0), 3);
-  EXPECT_EQ(mi.depth2Layer(0, 8.0), 0);
-  EXPECT_EQ(mi.depth2Layer(0, 8.5), 0);   // below the bed
-  EXPECT_EQ(mi.depth2Layer(0, -0.1), 0);  // above the surface
-  EXPECT_EQ(mi.depth2Layer(1, 2.5), 2);
-  EXPECT_EQ(mi.depth2Layer(1, 0.5), 3);
-  EXPECT_EQ(mi.depth2Layer(1, 3.5), 2);  // below element 1's bed
-  EXPECT_EQ(mi.depth2LayerOff(1, 0.5), 1);
-  EXPECT_EQ(mi.depth2LayerOff(1, 9.0), 0);
-  EXPECT_EQ(mi.depth2LayerOff(0, 4.0), 1);
-  EXPECT_EQ(mi.depth2Layer(0, std::nan("")), 0);
+  // Upper edges 6, 3, 1, 0; a depth on an upper edge belongs to that layer. Element 0's bed is 8,
+  // element 1's 3; outside 0..bed gives ebli (0 and 2).
+  struct Q { int32_t e; double depth; int32_t layer; };
+  for (Q q : {Q{0, 6.0, 0}, Q{0, 5.9, 1}, Q{0, 3.0, 1}, Q{0, 1.0, 2}, Q{0, 0.0, 3}, Q{0, 8.0, 0}, Q{0, 8.5, 0},
+              Q{0, -0.1, 0}, Q{0, NAN, 0}, Q{1, 2.5, 2}, Q{1, 0.5, 3}, Q{1, 3.5, 2}}) {
+    EXPECT_EQ(mi.depth2Layer(q.e, q.depth), q.layer) << q.e << " " << q.depth;
+    EXPECT_EQ(mi.depth2LayerOff(q.e, q.depth), q.layer - mi.ebli[q.e]) << q.e << " " << q.depth;
+  }
   EXPECT_VEXCEPTION(mi.depth2Layer(3, 1.0), "thModelInfo::depth2Layer: element 3 is outside 0..2.");
   EXPECT_VEXCEPTION(mi.depth2LayerOff(-1, 1.0), "thModelInfo::depth2Layer: element -1 is outside 0..2.");
-  // Sigma after the fact: edges and depths are fractions of the bed.
+  EXPECT_EQ(VD({mi.layerUpperEdge(0, 0), mi.layerUpperEdge(3, 2)}), (VD{6.0, 0.0}));
+  EXPECT_VEXCEPTION(mi.layerUpperEdge(4, 0), "thModelInfo::layerUpperEdge: layer 4 is outside 0..3.");
+  // Sigma, only read here and not rebuilt: edges and cell depths are fractions of the bed.
   mi.layerType = thalmod::sigma;
-  mi.dz[0] = 0.5;  // the stack is only read, not rebuilt
-  EXPECT_DOUBLE_EQ(mi.layerUpperEdge(0, 1), (8.0 - 0.25) * 3.0);
-  mi.layerType = 0;
-
-  // lengthClass tests 1, nol and noe in this order.
-  EXPECT_EQ(mi.lengthClass(1), 0);
-  EXPECT_EQ(mi.lengthClass(4), 1);
-  EXPECT_EQ(mi.lengthClass(3), 2);
-  EXPECT_EQ(mi.lengthClass(8), 3);
-  EXPECT_EQ(mi.lengthClass(0), 3);
-  mi.nol = 3;
-  EXPECT_EQ(mi.lengthClass(3), 1);
-  mi.nol = 4;
-
-  EXPECT_EQ(mi.resultFileExt(), "emc");
-  mi.modelType = 2;
-  EXPECT_EQ(mi.resultFileExt(), "emu");
-  mi.modelType = 3;
-  EXPECT_EQ(mi.resultFileExt(), "emu");
-  mi.modelType = thalmod::sediment;
-  EXPECT_EQ(mi.resultFileExt(), "emc");
-
-  thModelInfo empty;
-  EXPECT_VEXCEPTION(empty.depth2Layer(0, 1.0), "thModelInfo::depth2Layer: the cells are not initialised (initCells).");
-  EXPECT_VEXCEPTION(empty.layerUpperEdge(0, 0), "thModelInfo::layerUpperEdge: the layers are not initialised (initCells).");
-}
-
-TEST(ModelInfo, CellCoordsAndCellTop) {
-  thModelInfo mi;
-  stripModel(mi);
+  EXPECT_DOUBLE_EQ(mi.layerUpperEdge(0, 1), 6.0 * 3.0);
   double *x = nullptr, *y = nullptr, *z = nullptr;
   ASSERT_EQ(mi.cellCoords(x, y, z), 0);
   std::unique_ptr<double[]> ox(x), oy(y), oz(z);
-  expectNear(vec(x, 8), {0.5, 0.5, 0.5, 0.5, 1.5, 1.5, 2.5, 2.5}, "x");
-  expectNear(vec(y, 8), std::vector<double>(8, 0.5), "y");
-  expectNear(vec(z, 8), {8, 4.5, 2, 0.5, 2, 0.5, 2, 0.5}, "z");
+  expectArrays({}, {{"sigma z", z, {64, 36, 16, 4, 6, 1.5, 2.4, 0.6}}});
+  mi.layerType = thalmod::zlayer;
+  // lengthClass tests 1, nol (4) and noe (3) in this order; with nol 3, noe's length is nol's.
+  EXPECT_EQ(VI({mi.lengthClass(1), mi.lengthClass(4), mi.lengthClass(3), mi.lengthClass(8), mi.lengthClass(0)}),
+            (VI{0, 1, 2, 3, 3}));
+  mi.nol = 3;
+  EXPECT_EQ(mi.lengthClass(3), 1);
+  mi.nol = 4;
+  for (int32_t type : {0, 2, 3, 10}) {
+    mi.modelType = type;
+    EXPECT_EQ(mi.resultFileExt(), type == 2 || type == 3 ? "emu" : "emc") << type;
+  }
 
-  // A column whose top moves down (as in a dry step) gets its new top cell in cellTop.
+  ASSERT_EQ(mi.cellCoords(x, y, z), 0);
+  ox.reset(x);
+  oy.reset(y);
+  oz.reset(z);
+  expectArrays({}, {{"x", x, {0.5, 0.5, 0.5, 0.5, 1.5, 1.5, 2.5, 2.5}}, {"y", y, VD(8, 0.5)},
+                    {"z", z, {8, 4.5, 2, 0.5, 2, 0.5, 2, 0.5}}});
+  // A column whose top moves down (as in a dry step) gets its new top cell in cellTop. After the
+  // mesh has changed, the columns that initCells numbered are the ones refilled, and cell
+  // coordinates are refused.
   mi.etli[0] = 2;
   mi.updateCellTop();
-  EXPECT_EQ(vec(mi.cellTop, 6), (std::vector<int32_t>{2, 2, 2, 2, 5, 5}));
+  expectArrays({{"cellTop", mi.cellTop, {2, 2, 2, 2, 5, 5}}});
+  mi.mesh2d.tnbe = 7;
+  mi.updateCellTop();
+  mi.mesh2d.tnbe = 2;
+  mi.mesh2d.noe = 2;
+  EXPECT_VEXCEPTION(mi.cellCoords(x, y, z),
+                    "thModelInfo::cellCoords: the mesh has changed since initCells; run initCells again.");
+  mi.mesh2d.noe = 3;
 
   thModelInfo empty;
-  EXPECT_VEXCEPTION(empty.cellCoords(x, y, z), "thModelInfo::cellCoords: the cells are not initialised (initCells).");
-  EXPECT_VEXCEPTION(empty.updateCellTop(), "thModelInfo::updateCellTop: the cells are not initialised (initCells).");
+  const std::string notInit = ": the cells are not initialised (initCells).";
+  EXPECT_VEXCEPTION(empty.cellCoords(x, y, z), "thModelInfo::cellCoords" + notInit);
+  EXPECT_VEXCEPTION(empty.updateCellTop(), "thModelInfo::updateCellTop" + notInit);
+  EXPECT_VEXCEPTION(empty.depth2Layer(0, 1.0), "thModelInfo::depth2Layer" + notInit);
+  EXPECT_VEXCEPTION(empty.layerUpperEdge(0, 0),
+                    "thModelInfo::layerUpperEdge: the layers are not initialised (initCells).");
 }
 
-TEST(ModelInfo, FlatBottom) {
-  thModelInfo mi;
-  stripModel(mi);
-  setEnol(mi, {1, 1, 1});
-  // Three layers of 1/3 in float; a bed at 1 uses all three.
-  ASSERT_EQ(mi.setFlatBottom(1.0, 3), 0);
-  EXPECT_EQ(mi.nol, 3);
-  EXPECT_EQ(mi.dz[0], 0.3333333432674408);
-  EXPECT_EQ(mi.dz[2], 0.3333333432674408);
-  EXPECT_EQ(mi.enol[0], 3);  // worked out from the depth again
-  EXPECT_EQ(vec(mi.ebli, 5), (std::vector<int32_t>{0, 0, 0, 0, 0}));
-  EXPECT_EQ(mi.cells, 9);
-  EXPECT_EQ(mi.totNoBndCells, 6);
-  expectNear(vec(mi.elemBathy, 3), {1, 1, 1}, "elemBathy");
-  // nolNew <= 0 keeps the stack.
-  ASSERT_EQ(mi.setFlatBottom(0.5, 0), 0);
-  EXPECT_EQ(mi.nol, 3);
-  EXPECT_EQ(vec(mi.ebli, 3), (std::vector<int32_t>{1, 1, 1}));
-  EXPECT_EQ(mi.cells, 6);
-}
-
-TEST(ModelInfo, CloneIsDeep) {
+TEST(ModelInfo, FlatBottomCloneCopiesAndReset) {
   auto mi = std::make_unique<thModelInfo>();
   stripModel(*mi);
+  put(mi->enol, {1, 1, 1});
+  // Three layers of 1/3 in float; enol is worked out from the depth again: a bed at 1 uses all
+  // three. nolNew <= 0 keeps the stack.
+  ASSERT_EQ(mi->setFlatBottom(1.0, 3), 0);
+  EXPECT_EQ(VD({mi->dz[0], mi->dz[2]}), VD(2, 0.3333333432674408));
+  EXPECT_EQ(VI({mi->nol, mi->cells, mi->totNoBndCells}), (VI{3, 9, 6}));
+  expectArrays({{"enol", mi->enol, {3, 3, 3}}, {"ebli", mi->ebli, VI(5, 0)}},
+               {{"elemBathy", mi->elemBathy, {1, 1, 1}}});
+  ASSERT_EQ(mi->setFlatBottom(0.5, 0), 0);
+  EXPECT_EQ(VI({mi->nol, mi->cells}), (VI{3, 6}));
+  expectArrays({{"ebli", mi->ebli, {1, 1, 1}}});
+
+  // clone: its own arrays, mesh included, and the layer counts as given; it outlives its source.
+  put(mi->enol, {3, 1, 2});
   mi->startDT = 1000;
-  mi->dt = 60;
-  mi->nt = 5;
   mi->flavor = 7;
   mi->bathymetry = "bathy.txt";
   std::unique_ptr<thModelInfo> c(mi->clone());
-  EXPECT_TRUE(c->isInit);
-  EXPECT_EQ(c->startDT, 1000);
-  EXPECT_EQ(c->dt, 60);
-  EXPECT_EQ(c->nt, 5);
-  EXPECT_EQ(c->flavor, 7);
-  EXPECT_EQ(c->bathymetry, "bathy.txt");
-  EXPECT_NE(c->dz, mi->dz);
-  EXPECT_NE(c->elemBathy, mi->elemBathy);
-  EXPECT_NE(c->mesh2d.vfe, mi->mesh2d.vfe);
-  EXPECT_EQ(vec(c->botlayerIdx, 5), vec(mi->botlayerIdx, 5));
-  EXPECT_EQ(vec(c->fUIdx, 4), vec(mi->fUIdx, 4));
-  // The clone outlives its source, mesh included.
+  EXPECT_TRUE(c->isInit && c->startDT == 1000 && c->flavor == 7 && c->bathymetry == "bathy.txt");
+  EXPECT_TRUE(c->dz != mi->dz && c->elemBathy != mi->elemBathy && c->mesh2d.vfe != mi->mesh2d.vfe);
+  expectArrays({{"clone ebli", c->ebli, {0, 2, 1, 1, 0}}, {"clone botlayerIdx", c->botlayerIdx, {0, 3, 4, 6, 8}}});
   mi.reset();
   EXPECT_EQ(c->mesh2d.bndElem[1], 0);
-  EXPECT_DOUBLE_EQ(c->mesh2d.eArea[2], 1.0);
   EXPECT_EQ(c->setFlatBottom(2.0, 2), 0);
   EXPECT_EQ(c->cells, 6);
-}
 
-TEST(ModelInfo, MemberwiseCopySharesArrays) {
+  // Member-wise copies share the arrays; whichever goes last frees them, the mesh's included.
   auto src = std::make_unique<thModelInfo>();
   stripModel(*src);
   {
     thModelInfo copy(*src);
-    EXPECT_EQ(copy.botlayerIdx, src->botlayerIdx);
-    EXPECT_EQ(copy.edz, src->edz);
-    EXPECT_EQ(copy.dz, src->dz);
-    EXPECT_EQ(copy.mesh2d.vfe, src->mesh2d.vfe);
-    EXPECT_EQ(copy.cells, 8);
+    EXPECT_TRUE(copy.botlayerIdx == src->botlayerIdx && copy.edz == src->edz && copy.mesh2d.vfe == src->mesh2d.vfe);
   }
-  // The copy is gone; the source keeps its arrays and its mesh.
-  EXPECT_EQ(src->botlayerIdx[4], 10);
-  EXPECT_EQ(src->mesh2d.vfe[7], 4);
-
+  EXPECT_EQ(VI({src->botlayerIdx[4], src->mesh2d.vfe[7]}), (VI{10, 4}));
   thModelInfo other;
   other = *src;
   EXPECT_EQ(other.fdz, src->fdz);
-  // Rebuilding the copy gives it arrays of its own and leaves the source as it was.
+  // Rebuilding a copy gives it arrays of its own and leaves the source as it was.
   other.setFlatBottom(0.5, 2);
   EXPECT_NE(other.dz, src->dz);
-  EXPECT_EQ(other.cells, 3);
-  EXPECT_EQ(src->cells, 8);
-  EXPECT_EQ(src->dz[0], 4.0);
-  EXPECT_EQ(src->toplayerIdx[4], 13);
-  // The source goes first; the copy still holds the mesh.
+  EXPECT_EQ(VI({other.cells, src->cells, src->toplayerIdx[4]}), (VI{3, 8, 13}));
   src.reset();
   EXPECT_EQ(other.mesh2d.bndElem[0], 2);
-  EXPECT_EQ(other.botlayerIdx[3], 3);
-  // Assigning over an object that owns arrays frees them (checked by the address sanitizer).
-  thModelInfo third;
+  thModelInfo third;  // assigning over an owner frees its arrays (the address sanitizer checks)
   stripModel(third);
   third = other;
-  EXPECT_EQ(third.cells, 3);
   thModelInfo& alias = third;
   third = alias;
   EXPECT_EQ(third.cells, 3);
-}
 
-TEST(ModelInfo, ResetKeepsTheMesh) {
-  thModelInfo mi;
-  stripModel(mi);
-  mi.nt = 4;
-  mi.dt = 10;
-  mi.layerThickness = "4,3,2,1";
-  mi.reset();
-  EXPECT_FALSE(mi.isInit);
-  EXPECT_EQ(mi.nt, 0);
-  EXPECT_EQ(mi.dt, -1.0);
-  EXPECT_EQ(mi.nol, 0);
-  EXPECT_EQ(mi.cells, 0);
-  EXPECT_EQ(mi.totNoUvf, 0);
-  EXPECT_EQ(mi.layerThickness, "");
-  EXPECT_EQ(mi.dz, nullptr);
-  EXPECT_EQ(mi.elemBathy, nullptr);
-  EXPECT_EQ(mi.botlayerIdx, nullptr);
-  EXPECT_EQ(mi.edz, nullptr);
-  EXPECT_EQ(mi.mesh2d.noe, 3);
-  // Set up again on the kept mesh.
-  setStack(mi, {1, 1});
-  setBathy(mi, {2, 2, 2});
-  ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(mi.cells, 6);
+  // reset: defaults, no arrays, the mesh kept and usable again.
+  third.nt = 4;
+  third.layerThickness = "1,1";
+  third.reset();
+  EXPECT_EQ(VI({third.isInit, third.nt, third.nol, third.cells, third.totNoUvf, third.flavor}),
+            (VI{0, 0, 0, 0, 0, -1}));
+  EXPECT_TRUE(third.dt == -1.0 && third.layerThickness.empty() && third.mesh2d.noe == 3);
+  EXPECT_TRUE(!third.dz && !third.elemBathy && !third.botlayerIdx && !third.edz);
+  stack(third, {1, 1});
+  put(third.elemBathy, {2, 2, 2});
+  ASSERT_EQ(third.initCells(), 0);
+  EXPECT_EQ(third.cells, 6);
 }
 
 TEST(ModelInfo, BadInput) {
   thModelInfo mi;
   modelTest::stripMesh(mi.mesh2d, true, false);
-  setBathy(mi, {8.0, 3.0, 1.05});
-  // No layers, no thicknesses.
   EXPECT_VEXCEPTION(mi.initCells(), "thModelInfo::initCells: the model has no layers (nol = 0).");
   mi.nol = 2;
   EXPECT_VEXCEPTION(mi.initCells(), "thModelInfo::initCells: the layer thicknesses (dz) are missing.");
-  EXPECT_FALSE(mi.isInit);
-  // Sigma, after the layer depths and before anything else.
-  setStack(mi, {4, 3, 2, 1});
+  stack(mi, {4, 3, 2, 1});
+  EXPECT_VEXCEPTION(mi.initCells(), "thModelInfo::initCells: the bathymetry (elemBathy) is missing.");
+  // Sigma fails after the layer depths and before anything else.
+  put(mi.elemBathy, {NAN, 3.0, 1.05});
   mi.layerType = thalmod::sigma;
   EXPECT_VEXCEPTION(mi.initCells(), "Sigma layers no longer supported.");
   EXPECT_FALSE(mi.isInit);
   ASSERT_NE(mi.layerDepth, nullptr);
   EXPECT_DOUBLE_EQ(mi.layerDepth[0], 8.0);
   mi.layerType = thalmod::zlayer;
-  // More layers in an element than the model has.
-  setEnol(mi, {2, 5, 1});
-  EXPECT_VEXCEPTION(mi.initCells(), "thModelInfo::initCells: element 1 has 5 layers, more than the 4 layers of the model.");
-  delete[] mi.enol;
-  mi.enol = nullptr;
-  // No bathymetry.
-  delete[] mi.elemBathy;
-  mi.elemBathy = nullptr;
-  EXPECT_VEXCEPTION(mi.initCells(), "thModelInfo::initCells: the bathymetry (elemBathy) is missing.");
-  // NaN depths give one layer and stay NaN; nothing else is touched.
-  setBathy(mi, {std::nan(""), 3.0, 1.05});
+  put(mi.enol, {2, 5, 1});
+  EXPECT_VEXCEPTION(mi.initCells(),
+                    "thModelInfo::initCells: element 1 has 5 layers, more than the 4 layers of the model.");
+  // A depth that is not a number gives one layer and stays as it is.
+  put(mi.enol, {-1, -1, -1});
   ASSERT_EQ(mi.initCells(), 0);
-  EXPECT_EQ(mi.ebli[0], 3);
-  EXPECT_TRUE(std::isnan(mi.edz[0][0]));
-  EXPECT_EQ(mi.cells, 5);
+  EXPECT_TRUE(mi.ebli[0] == 3 && std::isnan(mi.edz[0][0]) && mi.cells == 5);
   // Boundary lists that count fewer faces than there are ghost columns.
   thModelInfo short1;
-  modelTest::stripMesh(short1.mesh2d, true, true);
-  setStack(short1, {4, 3, 2, 1});
-  setBathy(short1, {8.0, 3.0, 1.05});
+  setUp(short1, true, true, {4, 3, 2, 1}, {8.0, 3.0, 1.05});
   short1.mesh2d.bndNoFaces[1] = 0;
   EXPECT_VEXCEPTION(short1.initCells(), "Bugger! bnd cell2elem error 42. " + thGlobal::errTail);
   // A mesh whose primary arrays are filled but never initialised.
   thModelInfo raw;
   raw.mesh2d.noe = 2;
-  setStack(raw, {1});
-  setBathy(raw, {1, 1});
+  stack(raw, {1});
+  put(raw.elemBathy, {1, 1});
   EXPECT_VEXCEPTION(raw.initCells(),
                     "thModelInfo::initCells: the mesh has not been initialised (initMesh must run before initCells).");
   raw.mesh2d.noe = 0;
-}
-
-TEST(ModelInfo, MeshWithoutElements) {
-  thModelInfo mi;
-  modelTest::buildMesh(mi.mesh2d, {0, 1}, {0, 0}, {0, 0}, {});
-  setStack(mi, {2, 1});
-  ASSERT_EQ(mi.initCells(), 0);  // no bathymetry needed without elements
-  EXPECT_TRUE(mi.isInit);
-  EXPECT_EQ(mi.cells, 0);
-  EXPECT_EQ(mi.totNoUvf, 0);
-  EXPECT_EQ(mi.totNoUPnts, 0);
-  EXPECT_EQ(mi.totNoBndCells, 0);
+  // A mesh without elements needs no bathymetry and gives empty numbering.
+  thModelInfo none;
+  modelTest::buildMesh(none.mesh2d, {0, 1}, {0, 0}, {0, 0}, {});
+  stack(none, {2, 1});
+  ASSERT_EQ(none.initCells(), 0);
+  EXPECT_EQ(VI({none.cells, none.totNoUvf, none.totNoUPnts, none.totNoBndCells}), VI(4, 0));
   double *x = nullptr, *y = nullptr, *z = nullptr;
-  EXPECT_EQ(mi.cellCoords(x, y, z), 0);
-  delete[] x;
-  delete[] y;
-  delete[] z;
-  EXPECT_EQ(mi.setFlatBottom(3.0, 1), 0);
-  std::unique_ptr<thModelInfo> c(mi.clone());
-  EXPECT_EQ(c->cells, 0);
+  EXPECT_EQ(none.cellCoords(x, y, z), 0);
+  std::unique_ptr<double[]> ox(x), oy(y), oz(z);
+  EXPECT_EQ(none.setFlatBottom(3.0, 1), 0);
+  EXPECT_EQ(std::unique_ptr<thModelInfo>(none.clone())->cells, 0);
 }
