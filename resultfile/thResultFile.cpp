@@ -87,6 +87,7 @@ void thResultFile::release() {
   nc = nullptr;
   delete[] floatBuf;
   floatBuf = nullptr;
+  floatBufLen = 0;
   delete[] cellText;
   cellText = nullptr;
   delete[] itemRead;
@@ -222,14 +223,10 @@ void thResultFile::checkElemNo(int32_t elemNo, const char* fn) {
                      "' are not set up; read the header first.");
 }
 
-void thResultFile::checkTimestepNC(int32_t timestep, const char* fn) {
+void thResultFile::checkOpenNC(const char* fn) {
   if (!nc || nc->ncid < 0)
     throw VException("thResultFile::" + std::string(fn) + ": the NetCDF file '" + filename +
                      "' is not open; read its header first.");
-  if (timestep < 0 || timestep >= mInfo.nt)
-    throw VException("thResultFile::" + std::string(fn) + ": timestep " +
-                     VStr::toString<int>(timestep) + " is out of range; '" + filename +
-                     "' holds " + VStr::toString<int>(mInfo.nt) + " timesteps.");
 }
 
 }  // namespace thalmod

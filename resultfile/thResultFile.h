@@ -70,6 +70,7 @@ struct staticItem {
 class thResultFile {
  public:
   float* floatBuf = nullptr;  // maxItemLength values, made at the first float64 write
+  int32_t floatBufLen = 0;    // values that floatBuf holds; it grows when a new header needs more
   int32_t format = -1;        // a fileFmtEnum value or -1
   std::string filename;       // name of the first physical file
   thModelInfo mInfo;          // the model description; mInfo.mesh2d is the mesh
@@ -130,7 +131,7 @@ class thResultFile {
 
   // ---- item data of one timestep
   // data: the item's length of values. Returns 0, or a negative NetCDF status when a NetCDF read
-  // fails (the buffer then keeps what it held).
+  // fails, a timestep beyond the file's among them (the buffer then keeps what it held).
   int32_t readItemData(int32_t itemNo, int32_t timestep, float* data);
   int32_t readItemData(int32_t itemNo, int32_t timestep, double* data);
   // The columns of the listed elements of a 3-D item; *data: a new array. Returns the count.
@@ -186,8 +187,8 @@ class thResultFile {
   // ---- checks shared by the sources (each raises a VException naming the file)
   void checkItemNo(int32_t itemNo, const char* fn);
   void checkElemNo(int32_t elemNo, const char* fn);
-  // A timestep of the open NetCDF file.
-  void checkTimestepNC(int32_t timestep, const char* fn);
+  // The NetCDF file is open for reading.
+  void checkOpenNC(const char* fn);
   void release();  // frees what the object owns and closes its files
 
   // ---- NetCDF (thResultFileNC.cpp)

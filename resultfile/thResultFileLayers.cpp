@@ -146,8 +146,9 @@ int32_t thResultFile::readProfile(int32_t itemNo, int32_t timestep, int32_t elem
   if (!data)
     throw VException("thResultFile::readProfile: no buffer was given for the profile of '" + filename + "'.");
   if (format == EMB) return readProfileEMB(itemNo, timestep, elemNo, data);
-  checkTimestepNC(timestep, "readProfile");
-  // indexed by absolute layer: below the sea bed the deleted value
+  checkOpenNC("readProfile");
+  // indexed by absolute layer: below the sea bed the deleted value; a failed read (a timestep
+  // beyond the file) leaves the rest as it was
   int32_t b = mInfo.ebli[elemNo];
   for (int32_t l = 0; l < b; ++l) data[l] = delVal;
   readSlabNC(itemNo, timestep, 1, mInfo.botlayerIdx[elemNo], mInfo.nol - b, data + b);

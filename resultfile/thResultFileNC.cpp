@@ -256,8 +256,9 @@ int32_t thResultFile::readSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t k0
 
 int32_t thResultFile::readItemDataNC(int32_t itemNo, int32_t timestep, float* data) {
   checkItemNo(itemNo, "readItemData");
-  checkTimestepNC(timestep, "readItemData");
-  // NC data never spread over "^" files: the timestep is one of the open file
+  checkOpenNC("readItemData");
+  // NC data never spread over "^" files: the timestep is one of the open file. One beyond it (or a
+  // negative one, which becomes a huge start) is refused by the library, and its status returned.
   return readSlabNC(itemNo, timestep, 1, 0, itemLengthVec[itemNo], data);
 }
 
@@ -269,9 +270,7 @@ void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t
   int32_t v = -1;
   std::string name = getFileName();
   if (fileNo == 0) {
-    if (!nc || nc->ncid < 0)
-      throw VException("thResultFile::" + std::string(fn) + ": the NetCDF file '" + filename +
-                       "' is not open; read its header first.");
+    checkOpenNC(fn);
     v = ncVarIds[itemNo];
   } else {
     other = std::make_unique<VNetCdf>(name, false);

@@ -67,7 +67,12 @@ int32_t thResultFile::writeItemData(double* data, int32_t n) {
     throw VException("thResultFile::writeItemData: " + VStr::toString<int>(n) +
                      " values are more than the longest item of '" + getFileName() + "' holds (" +
                      VStr::toString<int>(room) + ").");
-  if (!floatBuf) floatBuf = new float[room > 0 ? room : 1];
+  // A header written again may bring longer items than the buffer was made for.
+  if (!floatBuf || floatBufLen < room) {
+    delete[] floatBuf;
+    floatBufLen = room > 0 ? room : 1;
+    floatBuf = new float[floatBufLen];
+  }
   for (int32_t i = 0; i < n; ++i) floatBuf[i] = static_cast<float>(data[i]);
   return writeItemData(floatBuf, n);
 }

@@ -1,6 +1,7 @@
-// The result file object: enumerations, format detection, dispatch, file names, items, report.
+// The result file object: enumerations, format detection, dispatch by format, file names, items,
+// static items, the report and backups.
 
-#include <cstdio>
+#include <functional>
 
 #include "resultfile/thResultFile.h"
 #include "support/VFiles.h"
@@ -10,24 +11,29 @@
 using namespace thalmod;
 
 TEST(ResultFile, FormatTexts) {
-  EXPECT_EQ(str2fileFmtEnum("nc"), NC);
-  EXPECT_EQ(str2fileFmtEnum("Emb"), EMB);
-  EXPECT_EQ(str2fileFmtEnum("text1d"), TEXT1D);
-  EXPECT_EQ(str2fileFmtEnum("Decoupled"), DECOUPLED);
-  EXPECT_EQ(str2fileFmtEnum("mesh"), MESH);
+  struct Row { const char* given; fileFmtEnum f; int value; const char* text; };
+  const Row rows[] = {{"emt", EMT, 0, "EMT"},          {"Emb", EMB, 1, "EMB"},
+                      {"text0D", TEXT0D, 2, "TEXT0D"}, {"TEXT1d", TEXT1D, 3, "TEXT1D"},
+                      {"emf", EMF, 4, "EMF"},          {"nc", NC, 10, "NC"},
+                      {"Restart", RESTART, 100, "RESTART"}, {"decoupled", DECOUPLED, 101, "DECOUPLED"},
+                      {"MESH", MESH, 1000, "MESH"}};
+  for (const Row& r : rows) {
+    EXPECT_EQ(str2fileFmtEnum(r.given), r.f) << r.given;
+    EXPECT_EQ(static_cast<int>(r.f), r.value);
+    EXPECT_EQ(fileFmtEnum2str(r.f), r.text);
+  }
   EXPECT_VEXCEPTION(str2fileFmtEnum("txt"), "str2fileFmtEnum: invalid format definition (TXT).");
   EXPECT_VEXCEPTION(str2fileFmtEnum(""), "str2fileFmtEnum: invalid format definition ().");
-  EXPECT_EQ(fileFmtEnum2str(RESTART), "RESTART");
-  EXPECT_EQ(fileFmtEnum2str(EMF), "EMF");
-  EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(-1)), "fileFmtEnum2str: unsupported fileFmtEnum");
-  EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(5)), "fileFmtEnum2str: unsupported fileFmtEnum");
+  for (int bad : {-1, 5})
+    EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(bad)), "fileFmtEnum2str: unsupported fileFmtEnum");
 }
 
-TEST(ResultFile, FormatFromFileAndDispatch) {
+TEST(ResultFile, FormatFromFileAndHeaderDispatch) {
   thTest::TempDir dir;
   for (std::string n : {"a.NC", "a.nc", "a.emf", "a.emt", "a.txt", "noext"}) thTest::writeText(dir.file(n), "x");
   thResultFile rf("", -1);
   EXPECT_EQ(rf.format, -1);
+  EXPECT_EQ(rf.versionCutoffDT, 1338508800);  // 2012-06-01 00:00:00
   EXPECT_EQ(rf.getFormatFromFile(dir.file("a.NC")), NC);
   EXPECT_EQ(rf.getFormatFromFile(dir.file("a.nc")), NC);
   EXPECT_EQ(rf.getFormatFromFile(dir.file("missing.nc")), -1);  // a missing file: -1, no exception
@@ -35,13 +41,12 @@ TEST(ResultFile, FormatFromFileAndDispatch) {
   // without a "." the whole name is taken
   EXPECT_VEXCEPTION_HAS(rf.getFormatFromFile(dir.file("noext")), "invalid format definition (/TMP/");
 
-  // construction with a missing file reads nothing; readHeader then gives -1
+  // a missing file reads nothing at construction, and readHeader then gives -1
   thResultFile missing(dir.file("missing.nc"), -1);
   EXPECT_EQ(missing.format, -1);
   EXPECT_EQ(missing.readHeader(), -1);
   EXPECT_VEXCEPTION(thResultFile(dir.file("a.txt"), -1), "str2fileFmtEnum: invalid format definition (TXT).");
-
-  // EMT is write-only and reads nothing; EMF cannot be read at all
+  // EMT is write-only and reads nothing; EMF and unknown formats cannot be read at all
   thResultFile emt(dir.file("a.emt"), -1);
   EXPECT_EQ(emt.format, EMT);
   EXPECT_TRUE(emt.itemNameVec.empty());
@@ -49,55 +54,61 @@ TEST(ResultFile, FormatFromFileAndDispatch) {
   thResultFile unknown("", -1);
   unknown.filename = dir.file("a.nc");
   EXPECT_VEXCEPTION(unknown.readHeader(), "thResultFile::readItemData undefined format.");
+}
 
-  // the messages of the reads by format
-  float f[4];
+TEST(ResultFile, ReadMessagesByFormat) {
+  thTest::TempDir dir;
+  thTest::writeSmallModelNc(dir.file("s.nc"));
+  thResultFile s(dir.file("s.nc"), -1);  // items, elements and timesteps are all there
+  float f[9];
   float* fp = f;
+  double db[9];
+  double* dp = db;
   double* d = nullptr;
-  EXPECT_VEXCEPTION(emt.readItemData(0, 0, f), "thResultFile::readItemData Not implemented for EMT files.");
-  double db[4];
   int32_t en[] = {0};
-  EXPECT_VEXCEPTION(emt.readItemData(3, 0, db), "thResultFile::readItemData Not implemented for EMT files.");
-  EXPECT_VEXCEPTION(emt.readItemData(3, 0, en, 1, &d), "thResultFile::readItemData Not implemented for EMT files.");
-  EXPECT_VEXCEPTION(emt.readLayer(0, 0, 0, &fp), "thResultFile::readLayer Not implemented for TEXT1 files.");
-  EXPECT_VEXCEPTION(emt.readProfile(0, 0, 0, f), "thResultFile::readProfile Not implemented for TEXT1 files.");
   double** rows = nullptr;
   int32_t lines = 0;
-  EXPECT_VEXCEPTION(emt.readNextTimestep(&rows, &lines), "thResultFile::readNextTimestep Not implemented for EMT files.");
-  emt.format = EMB;
-  EXPECT_VEXCEPTION(emt.readNextTimestep(&rows, &lines), "thResultFile::readNextTimestep Not implemented for EMB files.");
-  emt.format = TEXT0D;
-  EXPECT_VEXCEPTION(emt.readItemData(0, 0, f),
-                    "thResultFile::readItemData Data cannot be read by timestep for TEXT0D files.");
-  EXPECT_VEXCEPTION(emt.readLayer(0, 0, 0, &fp), "thResultFile::readLayer undefined format.");
-  EXPECT_VEXCEPTION(emt.readProfile(0, 0, 0, f), "thResultFile::readProfile undefined format.");
-  emt.format = TEXT1D;
-  EXPECT_VEXCEPTION(emt.readItemData(0, 0, f), "thResultFile::readItemData undefined format.");
-  emt.format = RESTART;
-  EXPECT_VEXCEPTION(emt.readLayer(0, 0, 0, &fp), "thResultFile::readLayer undefined format.");
-
-  // series: the format is looked at once the range is known
-  thTest::TempDir d2;
-  thTest::writeSmallModelNc(d2.file("s.nc"));
-  thResultFile s(d2.file("s.nc"), -1);
-  s.format = EMT;
-  EXPECT_VEXCEPTION(s.readTimeSeries(0, 0, 0, &d, 0, 3), "thResultFile::readTimeSeries Not implemented for TEXT1 files.");
-  EXPECT_VEXCEPTION(s.readTimeSeriesProfile(0, 0, &d, 0, 3),
-                    "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
-  s.format = DECOUPLED;
-  EXPECT_VEXCEPTION(s.readTimeSeries(0, 0, 0, &d, 0, 3), "thResultFile::readTimeSeries undefined format.");
-  EXPECT_VEXCEPTION(s.readTimeSeriesProfile(0, 0, &d, 0, 3), "thResultFile::readTimeSeriesProfile undefined format.");
-  double buf[9];
-  double* bp = buf;
-  s.format = RESTART;  // not among the formats of sequential reading; the flags have moved already
-  EXPECT_VEXCEPTION(s.readNextItemData(0, &bp), "thResultFile::readItemData undefined format.");
+  auto fails = [&](int32_t format, const std::function<void()>& call, const std::string& msg) {
+    s.format = format;
+    EXPECT_VEXCEPTION(call(), msg);
+  };
+  const std::string rid = "thResultFile::readItemData ", undef = rid + "undefined format.";
+  for (std::function<void()> item : {std::function<void()>([&] { s.readItemData(0, 0, f); }),
+                                     std::function<void()>([&] { s.readItemData(0, 0, db); }),
+                                     std::function<void()>([&] { s.readItemData(0, 0, en, 1, &d); })}) {
+    fails(EMT, item, rid + "Not implemented for EMT files.");
+    fails(TEXT0D, item, rid + "Data cannot be read by timestep for TEXT0D files.");
+    fails(TEXT1D, item, undef);
+    fails(MESH, item, undef);
+  }
+  auto layer = [&] { s.readLayer(0, 0, 0, &fp); };
+  fails(EMT, layer, "thResultFile::readLayer Not implemented for TEXT1 files.");
+  fails(TEXT0D, layer, "thResultFile::readLayer undefined format.");
+  fails(RESTART, layer, "thResultFile::readLayer undefined format.");
+  auto profile = [&] { s.readProfile(0, 0, 0, f); };
+  fails(EMT, profile, "thResultFile::readProfile Not implemented for TEXT1 files.");
+  fails(DECOUPLED, profile, "thResultFile::readProfile undefined format.");
+  auto next = [&] { s.readNextTimestep(&rows, &lines); };
+  fails(EMT, next, "thResultFile::readNextTimestep Not implemented for EMT files.");
+  fails(EMB, next, "thResultFile::readNextTimestep Not implemented for EMB files.");
+  fails(NC, next, undef);
+  s.freeTimestepData(rows);  // nothing to free outside the text tables
+  auto series = [&] { s.readTimeSeries(0, 0, 0, &d, 0, 3); };
+  fails(EMT, series, "thResultFile::readTimeSeries Not implemented for TEXT1 files.");
+  fails(DECOUPLED, series, "thResultFile::readTimeSeries undefined format.");
+  auto seriesProfile = [&] { s.readTimeSeriesProfile(0, 0, &d, 0, 3); };
+  fails(EMT, seriesProfile, "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
+  fails(RESTART, seriesProfile, "thResultFile::readTimeSeriesProfile undefined format.");
+  fails(NC, [&] { s.readTimeSeriesUET(0, nullptr, nullptr, 0, 0, -1, 0, 0); },
+        "thResultFile::readTimeSeries unsuppored format.");
+  // RESTART is not among the formats of sequential reading; the flags have moved already
+  fails(RESTART, [&] { s.readNextItemData(0, &dp); }, undef);
   EXPECT_EQ(s.itemRead[0], 1);
 }
 
 TEST(ResultFile, MeshFiles) {
   thTest::TempDir dir;
-  // one quadrilateral in the text mesh format
-  thTest::writeText(dir.file("one.mesh"), "4\t1\n0\t0\n1\t0\n1\t1\n0\t1\n0\t1\t2\t3\n");
+  thTest::writeText(dir.file("one.mesh"), "4\t1\n0\t0\n1\t0\n1\t1\n0\t1\n0\t1\t2\t3\n");  // one quadrilateral
   thResultFile rf(dir.file("one.mesh"), -1);
   EXPECT_EQ(rf.format, MESH);
   EXPECT_EQ(rf.mInfo.mesh2d.noe, 1);
@@ -107,51 +118,44 @@ TEST(ResultFile, MeshFiles) {
 }
 
 TEST(ResultFile, PhysicalFileNames) {
+  struct Row { const char* name; int fileNo; const char* expect; };
+  const Row rows[] = {{"dir/run.emb", 0, "dir/run.emb"}, {"dir/run.emb", 1, "dir/run^1.emb"},
+                      {"dir/run.emb", 12, "dir/run^12.emb"}, {"a.b.nc", 12, "a.b^12.nc"},
+                      {"run", 3, "run"}, {".nc", 3, ".nc"}};  // no "." at all, or only the first
   thResultFile rf("", -1);
-  rf.filename = "dir/run.emb";
-  EXPECT_EQ(rf.getFileName(), "dir/run.emb");
-  rf.fileNo = 1;
-  EXPECT_EQ(rf.getFileName(), "dir/run^1.emb");
-  rf.fileNo = 12;
-  EXPECT_EQ(rf.getFileName(), "dir/run^12.emb");
-  rf.filename = "run";
-  EXPECT_EQ(rf.getFileName(), "run");  // no "." at all
-  rf.filename = ".nc";
-  EXPECT_EQ(rf.getFileName(), ".nc");  // the "." is the first character
-  rf.filename = "a.b.nc";
-  EXPECT_EQ(rf.getFileName(), "a.b^12.nc");
+  for (const Row& r : rows) {
+    rf.filename = r.name;
+    rf.fileNo = r.fileNo;
+    EXPECT_EQ(rf.getFileName(), r.expect);
+  }
 }
 
-TEST(ResultFile, ItemsAndStaticItems) {
+TEST(ResultFile, ItemsStaticItemsAndReport) {
   thResultFile rf("", -1);
-  rf.addItem("salt", 100);
-  rf.addItem("temp", 100);
-  rf.addItem("salt", 7);
-  EXPECT_EQ(rf.getItemNo("salt"), 0);
-  EXPECT_EQ(rf.getItemNo("temp"), 1);
-  EXPECT_EQ(rf.getItemNo("Salt"), 3);
-  EXPECT_EQ(rf.getItemOffset(0), 0);
-  EXPECT_EQ(rf.getItemOffset(2), 200);
-  EXPECT_EQ(rf.getItemOffset(3), 207);  // the values of one timestep
+  for (auto [name, len] : {std::pair{"salt", 100}, {"temp", 100}, {"salt", 7}}) rf.addItem(name, len);
+  // the first of a name; none: the number of items, not -1
+  EXPECT_EQ((std::vector<int>{rf.getItemNo("salt"), rf.getItemNo("temp"), rf.getItemNo("Salt")}),
+            (std::vector<int>{0, 1, 3}));
+  // getItemOffset(number of items) is the values of one timestep
+  EXPECT_EQ((std::vector<int>{rf.getItemOffset(0), rf.getItemOffset(2), rf.getItemOffset(3)}),
+            (std::vector<int>{0, 200, 207}));
   EXPECT_VEXCEPTION_HAS(rf.getItemOffset(4), "item number 4 is out of range");
 
   float fl[3] = {1, 2, 3};
   int32_t in[2] = {4, 5};
   char ch[5] = {'a', 'b', 'c', 'd', 'e'};
   rf.addStaticItem("a", fl, 3);
-  rf.addStaticItem("b", in, 2);        // the number forms go to the front
-  rf.addStaticItem("c", ch, 5, 1);     // the char form at its position
-  rf.addStaticItem("d", ch, 2, 9);     // or at the end
+  rf.addStaticItem("b", in, 2);     // the number forms go to the front
+  rf.addStaticItem("c", ch, 5, 1);  // the char form at its position
+  rf.addStaticItem("d", ch, 2, 9);  // or at the end
+  struct Si { const char* name; const char* type; int bytes; };
+  const Si expect[] = {{"b", "int", 8}, {"c", "char", 5}, {"a", "float", 12}, {"d", "char", 2}};
   ASSERT_EQ(rf.staticItems.size(), 4u);
-  EXPECT_EQ(rf.staticItems[0].name, "b");
-  EXPECT_EQ(rf.staticItems[1].name, "c");
-  EXPECT_EQ(rf.staticItems[2].name, "a");
-  EXPECT_EQ(rf.staticItems[3].name, "d");
-  EXPECT_EQ(rf.staticItems[0].typeName, "int");
-  EXPECT_EQ(rf.staticItems[0].noBytes, 8);
-  EXPECT_EQ(rf.staticItems[1].typeName, "char");
-  EXPECT_EQ(rf.staticItems[1].noBytes, 5);
-  EXPECT_EQ(rf.staticItems[2].typeName, "float");
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(rf.staticItems[i].name, expect[i].name);
+    EXPECT_EQ(rf.staticItems[i].typeName, expect[i].type);
+    EXPECT_EQ(rf.staticItems[i].noBytes, expect[i].bytes);
+  }
   EXPECT_EQ(rf.staticItems[2].data, reinterpret_cast<uint8_t*>(fl));  // kept by reference
   rf.addStaticItem("a", fl, 0);  // replaces the old "a"; no values, no data
   ASSERT_EQ(rf.staticItems.size(), 4u);
@@ -165,20 +169,17 @@ TEST(ResultFile, ItemsAndStaticItems) {
             "\td, length=2\nItems:\n\tsalt, length=100\n\ttemp, length=100\n\tsalt, length=7\n");
   rf.format = -1;
   EXPECT_VEXCEPTION(rf.toString(0), "fileFmtEnum2str: unsupported fileFmtEnum");
-}
 
-TEST(ResultFile, Reports) {
+  // no header read yet: the name, the format and two empty lists
   thTest::TempDir dir;
-  // a name with a known extension and no header read: name, format, two empty lists
-  thResultFile rf(dir.file("none.nc"), NC);
-  EXPECT_EQ(rf.toString(0), "Filename:\t" + dir.file("none.nc") + "\nFormat:\tNC\nStatic items:\nItems:\n");
+  thResultFile none(dir.file("none.nc"), NC);
+  EXPECT_EQ(none.toString(0), "Filename:\t" + dir.file("none.nc") + "\nFormat:\tNC\nStatic items:\nItems:\n");
   thTest::writeSmallModelNc(dir.file("s.nc"));
   thResultFile s(dir.file("s.nc"), NC);
-  std::string shortReport = s.toString(9);
-  EXPECT_NE(shortReport.find("Items:\n\ttemp, length=9\n\telev, length=4\n"), std::string::npos);
-  EXPECT_EQ(shortReport.substr(shortReport.size() - 16), "\telev, length=4\n");
-  // level 10 appends the model's own report, when the model description offers one
-  EXPECT_EQ(s.toString(10).substr(0, shortReport.size()), shortReport);
+  EXPECT_EQ(s.toString(9), "Filename:\t" + dir.file("s.nc") +
+                               "\nFormat:\tNC\nStatic items:\nItems:\n\ttemp, length=9\n\telev, length=4\n");
+  // level 10 appends the model's own report to the short one
+  EXPECT_EQ(s.toString(10).substr(0, s.toString(9).size()), s.toString(9));
 }
 
 TEST(ResultFile, BackupOrRemove) {

@@ -1,4 +1,7 @@
-// Item data, layers and profiles of NC files, checked against the hand-made small model.
+// Item data, layers, profiles and time series of NC files, checked against the hand-made small
+// model; series also across the physical "^" files of a logical file.
+
+#include <netcdf.h>
 
 #include <vector>
 
@@ -8,10 +11,14 @@
 
 using namespace thalmod;
 using thTest::SmallModel;
+using thTest::SmallModelOptions;
+using VF = std::vector<float>;
+using VD = std::vector<double>;
 
 namespace {
 
 const double delD = -1.0000000031710769e-30;  // delVal widened
+const float D = delVal;
 
 struct SmallFile {
   thTest::TempDir dir;
@@ -19,16 +26,36 @@ struct SmallFile {
   SmallFile() { thTest::writeSmallModelNc(fn); }
 };
 
-std::vector<float> layer(thResultFile& rf, int item, int t, int l) {
-  std::vector<float> v(4, 42.0f);
-  float* p = v.data();
-  EXPECT_EQ(rf.readLayer(item, t, l, &p), 4);
+// The values of a series read (layer >= 0) or of a profile series of item 0 (layer -1), after
+// checking their count.
+VD series(thResultFile& rf, int item, int elem, int layer, int from, int to, int expectCount) {
+  double* d = nullptr;
+  int32_t n = layer >= 0 ? rf.readTimeSeries(item, elem, layer, &d, from, to)
+                         : rf.readTimeSeriesProfile(0, elem, &d, from, to);
+  EXPECT_EQ(n, expectCount);
+  VD v(d, d + (n > 0 ? n : 0));
+  delete[] d;
   return v;
 }
 
+// run.nc with timesteps 0-2, run^1.nc with 3-5, run^2.nc with 6-7 (the last file holds fewer).
+struct ThreeFiles {
+  thTest::TempDir dir;
+  std::string fn = dir.file("run.nc");
+  ThreeFiles() {
+    for (int f = 0; f < 3; ++f) {
+      SmallModelOptions opt;
+      opt.firstStep = 3 * f;
+      opt.times.clear();
+      for (int t = 0; t < (f < 2 ? 3 : 2); ++t) opt.times.push_back(SmallModel::startDT + 3600 * (3 * f + t));
+      thTest::writeSmallModelNc(dir.file(f == 0 ? "run.nc" : "run^" + std::to_string(f) + ".nc"), opt);
+    }
+  }
+};
+
 }  // namespace
 
-TEST(ResultFileData, WholeItems) {
+TEST(ResultFileData, WholeItemsAndElementLists) {
   SmallFile f;
   thResultFile rf(f.fn, NC);
   for (int t = 0; t < 3; ++t) {
@@ -44,38 +71,37 @@ TEST(ResultFileData, WholeItems) {
   EXPECT_EQ(temp1[1], delD);  // the deleted value widens to float64
   EXPECT_EQ(temp1[3], 103.25);
 
-  // out of range: a sentence naming the file, the buffer untouched
+  // a timestep beyond the file is no failure: the library's status, the buffer untouched
   float buf[9] = {7};
-  EXPECT_VEXCEPTION(rf.readItemData(0, 3, buf), "thResultFile::readItemData: timestep 3 is out of range; '" +
-                                                    f.fn + "' holds 3 timesteps.");
-  EXPECT_VEXCEPTION_HAS(rf.readItemData(0, -1, buf), "timestep -1 is out of range");
+  double dbuf[9] = {7};
+  EXPECT_EQ(rf.readItemData(0, 3, buf), NC_EINVALCOORDS);
+  EXPECT_EQ(rf.readItemData(0, -1, buf), NC_EINVALCOORDS);
+  EXPECT_EQ(rf.readItemData(1, 3, dbuf), NC_EINVALCOORDS);
+  EXPECT_EQ(buf[0], 7);
+  EXPECT_EQ(dbuf[0], 7);
+  // an item out of range: a sentence naming the file
   EXPECT_VEXCEPTION(rf.readItemData(2, 0, buf), "thResultFile::readItemData: item number 2 is out of range; '" +
                                                     f.fn + "' has 2 items.");
-  EXPECT_VEXCEPTION_HAS(rf.readItemData(-1, 0, buf), "item number -1 is out of range");
-  EXPECT_EQ(buf[0], 7);
-}
+  EXPECT_VEXCEPTION_HAS(rf.readItemData(-1, 0, dbuf), "item number -1 is out of range");
 
-TEST(ResultFileData, ElementLists) {
-  SmallFile f;
-  thResultFile rf(f.fn, NC);
   // z-layers: the columns of e3 and e1 in list order; the negative entry leaves no gap
   int32_t en[] = {3, -1, 1};
   double* d = nullptr;
   ASSERT_EQ(rf.readItemData(0, 0, en, 3, &d), 5);
-  EXPECT_EQ(std::vector<double>(d, d + 5), (std::vector<double>{6.25, 7.25, 8.25, 3.25, 4.25}));
+  EXPECT_EQ(VD(d, d + 5), (VD{6.25, 7.25, 8.25, 3.25, 4.25}));
   delete[] d;
   ASSERT_EQ(rf.readItemData(0, 0, en, 0, &d), 0);  // an empty list still gets a buffer
+  delete[] d;
+  EXPECT_EQ(rf.readItemData(0, 5, en, 3, &d), NC_EINVALCOORDS);  // a failed read says so
   delete[] d;
   int32_t beyond[] = {4};
   EXPECT_VEXCEPTION_HAS(rf.readItemData(0, 0, beyond, 1, &d), "element 4 of the list has no column");
   EXPECT_VEXCEPTION_HAS(rf.readItemData(1, 0, en, 3, &d), "has no column in item 'elev'");
-
   // sigma arithmetic: every element owns nol values; a negative entry gives nol deleted values
   rf.mInfo.layerType = 1;
   int32_t sen[] = {0, -1, 2};
   ASSERT_EQ(rf.readItemData(0, 0, sen, 3, &d), 9);
-  EXPECT_EQ(std::vector<double>(d, d + 9),
-            (std::vector<double>{0.25, 1.25, 2.25, delD, delD, delD, 6.25, 7.25, 8.25}));
+  EXPECT_EQ(VD(d, d + 9), (VD{0.25, 1.25, 2.25, delD, delD, delD, 6.25, 7.25, 8.25}));
   delete[] d;
   int32_t sbeyond[] = {3};  // would need values 9 to 11 of an item of 9
   EXPECT_VEXCEPTION_HAS(rf.readItemData(0, 0, sbeyond, 1, &d), "element 3 of the list has no column");
@@ -86,66 +112,71 @@ TEST(ResultFileData, SequentialReading) {
   thResultFile rf(f.fn, NC);
   double buf[9];
   double* p = buf;
-  // items 0, 1, 0 read timesteps 0, 0, 1
-  EXPECT_EQ(rf.readNextItemData(0, &p), SmallModel::startDT);
-  EXPECT_EQ(buf[3], 3.25);
+  // items 0, 1, 0 read timesteps 0, 0, 1; the same item twice in a row advances one step
+  const int items[] = {0, 1, 0, 0};
+  const int64_t when[] = {0, 0, 3600, 7200};
+  const double at3[] = {3.25, 1.5, 103.25, 203.25};
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(rf.readNextItemData(items[i], &p), SmallModel::startDT + when[i]) << i;
+    EXPECT_EQ(buf[3], at3[i]) << i;
+  }
+  EXPECT_EQ(rf.curTimestep, 2);
+  // past the end: the date goes on, the buffer keeps what it held
+  buf[0] = 42;
+  EXPECT_EQ(rf.readNextItemData(0, &p), SmallModel::startDT + 10800);
+  EXPECT_EQ(buf[0], 42);
+  EXPECT_VEXCEPTION_HAS(rf.readNextItemData(5, &p), "item number 5 is out of range");
+  rf.readHeader();  // a new header read starts over
   EXPECT_EQ(rf.readNextItemData(1, &p), SmallModel::startDT);
   EXPECT_EQ(buf[3], 1.5);
-  EXPECT_EQ(rf.readNextItemData(0, &p), SmallModel::startDT + 3600);
-  EXPECT_EQ(buf[3], 103.25);
-  EXPECT_EQ(rf.curTimestep, 1);
-  // the same item twice in a row advances time by one step
-  EXPECT_EQ(rf.readNextItemData(0, &p), SmallModel::startDT + 7200);
-  EXPECT_EQ(buf[0], 200.25);
-  // past the end
-  EXPECT_VEXCEPTION_HAS(rf.readNextItemData(0, &p), "timestep 3 is out of range");
-  EXPECT_VEXCEPTION_HAS(rf.readNextItemData(5, &p), "item number 5 is out of range");
-  // a new header read starts over
-  rf.readHeader();
-  EXPECT_EQ(rf.readNextItemData(1, &p), SmallModel::startDT);
-  // text blocks belong to the text tables
-  double** rows = nullptr;
-  int32_t lines = 0;
-  EXPECT_VEXCEPTION(rf.readNextTimestep(&rows, &lines), "thResultFile::readItemData undefined format.");
-  rf.freeTimestepData(rows);  // nothing to do for NC
 }
 
 TEST(ResultFileData, LayerCodes) {
   SmallFile f;
   thResultFile rf(f.fn, NC);
-  const float D = delVal;
-  EXPECT_EQ(layer(rf, 0, 0, 0), (std::vector<float>{0.25f, D, D, 6.25f}));
-  EXPECT_EQ(layer(rf, 0, 0, 1), (std::vector<float>{1.25f, 3.25f, D, 7.25f}));
-  EXPECT_EQ(layer(rf, 0, 0, 2), (std::vector<float>{2.25f, 4.25f, 5.25f, 8.25f}));
-  EXPECT_EQ(layer(rf, 0, 0, -1), (std::vector<float>{0.25f, 3.25f, 5.25f, 6.25f}));  // bottom cells
-  EXPECT_EQ(layer(rf, 0, 0, -2), (std::vector<float>{D, D, D, D}));
-  // 999 and up: the top-most value; the two deleted upper cells of e0 at t 1 are skipped,
-  // the all-deleted column of e3 at t 2 gives delVal
-  EXPECT_EQ(layer(rf, 0, 1, 999), (std::vector<float>{100.25f, 104.25f, 105.25f, 107.25f}));
-  EXPECT_EQ(layer(rf, 0, 2, 1000), (std::vector<float>{202.25f, 203.25f, 205.25f, D}));
-  // a 2-D item: the layer does not matter
-  EXPECT_EQ(layer(rf, 1, 2, 0), (std::vector<float>{2.0f, 2.5f, 3.0f, 3.5f}));
-  EXPECT_EQ(layer(rf, 1, 2, 998), (std::vector<float>{2.0f, 2.5f, 3.0f, 3.5f}));
+  struct Row { int item, t, layer; VF expect; };
+  const Row rows[] = {
+      {0, 0, 0, {0.25f, D, D, 6.25f}},
+      {0, 0, 1, {1.25f, 3.25f, D, 7.25f}},
+      {0, 0, 2, {2.25f, 4.25f, 5.25f, 8.25f}},
+      {0, 0, -1, {0.25f, 3.25f, 5.25f, 6.25f}},  // the bottom cells
+      {0, 0, -2, {D, D, D, D}},
+      // 999 and up: the top-most value; the two deleted upper cells of e0 at t 1 are skipped,
+      // the all-deleted column of e3 at t 2 gives delVal
+      {0, 1, 999, {100.25f, 104.25f, 105.25f, 107.25f}},
+      {0, 2, 1000, {202.25f, 203.25f, 205.25f, D}},
+      {1, 2, 0, {2.0f, 2.5f, 3.0f, 3.5f}},  // a 2-D item: the layer does not matter
+      {1, 2, 998, {2.0f, 2.5f, 3.0f, 3.5f}},
+  };
+  for (const Row& r : rows) {
+    VF v(4, 42.0f);
+    float* p = v.data();
+    EXPECT_EQ(rf.readLayer(r.item, r.t, r.layer, &p), 4);
+    EXPECT_EQ(v, r.expect) << r.item << " " << r.t << " " << r.layer;
+  }
   // above the surface, below 999: refused instead of read past the columns
-  float buf[4];
-  float* p = buf;
+  VF buf(4, 42.0f);
+  float* p = buf.data();
   EXPECT_VEXCEPTION_HAS(rf.readLayer(0, 0, 3, &p), "layer 3 does not exist in '" + f.fn + "'");
   EXPECT_VEXCEPTION_HAS(rf.readLayer(0, 0, 998, &p), "layer 998 does not exist");
-  EXPECT_VEXCEPTION_HAS(rf.readLayer(0, 5, 0, &p), "timestep 5 is out of range");
+  // a timestep beyond the file: -1 for a 3-D item, noe for a 2-D one, the buffer untouched
+  EXPECT_EQ(rf.readLayer(0, 5, 0, &p), -1);
+  EXPECT_EQ(rf.readLayer(1, 5, 0, &p), 4);
+  EXPECT_EQ(buf, VF(4, 42.0f));
 
   // the float64 form makes its own array
   double* d = nullptr;
   ASSERT_EQ(rf.readLayer(0, 1, 1, &d), 4);
-  EXPECT_EQ(std::vector<double>(d, d + 4), (std::vector<double>{delD, 103.25, delD, 107.25}));
+  EXPECT_EQ(VD(d, d + 4), (VD{delD, 103.25, delD, 107.25}));
+  delete[] d;
+  EXPECT_EQ(rf.readLayer(0, 3, 1, &d), -1);
   delete[] d;
 
-  // sigma set after the header was read
-  rf.mInfo.layerType = 1;
+  rf.mInfo.layerType = 1;  // sigma set after the header was read
   EXPECT_VEXCEPTION(rf.readLayer(0, 0, 0, &p), "Not implemented.");
   rf.mInfo.layerType = 7;  // neither: the buffer stays as it was
-  buf[0] = 42;
   EXPECT_EQ(rf.readLayer(0, 0, 0, &p), 4);
-  EXPECT_EQ(buf[0], 42);
+  EXPECT_EQ(buf, VF(4, 42.0f));
 }
 
 TEST(ResultFileData, LayerAtDepthProfilesAndBitmaps) {
@@ -157,17 +188,20 @@ TEST(ResultFileData, LayerAtDepthProfilesAndBitmaps) {
   EXPECT_EQ(data[0], 1);  // the values are dropped
   EXPECT_EQ(rf.readLayerAtDepth(0, 0, 0.0, data), -1);
   EXPECT_EQ(rf.readLayerAtDepth(0, 0, 0.5, data), 4);
+  EXPECT_EQ(rf.readLayerAtDepth(0, 4, 0.5, data), -1);  // the read of a missing timestep fails
 
   // profiles are indexed by absolute layer; below the sea bed the deleted value
-  float prof[3] = {9, 9, 9};
-  EXPECT_EQ(rf.readProfile(0, 0, 1, prof), 0);
-  EXPECT_EQ(prof[0], delVal);
-  EXPECT_EQ(prof[1], 3.25f);
-  EXPECT_EQ(prof[2], 4.25f);
-  EXPECT_EQ(rf.readProfile(0, 2, 3, prof), 0);
-  EXPECT_EQ(prof[0], delVal);  // a deleted column reads as it stands
-  EXPECT_EQ(rf.readProfile(0, 1, 0, prof), 0);
-  EXPECT_EQ(prof[0], 100.25f);
+  struct Row { int t, elem; VF expect; };
+  const Row rows[] = {{0, 1, {D, 3.25f, 4.25f}},
+                      {2, 3, {D, D, D}},  // a deleted column reads as it stands
+                      {1, 0, {100.25f, D, D}},
+                      {3, 1, {D, 9, 9}}};  // a timestep beyond the file: the rest stays
+  for (const Row& r : rows) {
+    VF prof(3, 9.0f);
+    EXPECT_EQ(rf.readProfile(0, r.t, r.elem, prof.data()), 0);
+    EXPECT_EQ(prof, r.expect) << r.t << " " << r.elem;
+  }
+  float prof[3];
   EXPECT_VEXCEPTION_HAS(rf.readProfile(0, 0, 4, prof), "element number 4 is out of range");
 
   // a layer on a bitmap: 30 x 10 pixels over the mesh, each element's value at its centre
@@ -178,9 +212,97 @@ TEST(ResultFileData, LayerAtDepthProfilesAndBitmaps) {
   // the pixel (5, 5) holds e0's centre (50, 50): value 0, black; (15, 5) e1's (150, 50): value 0.5
   auto px = [&](int i, int j) { return static_cast<uint32_t>(bitmap[(10 - 1 - j) * 30 + i]); };
   EXPECT_EQ(px(5, 5), 0xFF000000u);
-  uint32_t grey = px(15, 5) & 0xFF;
-  EXPECT_NEAR(grey, 255.0 / 3, 2);
+  EXPECT_NEAR(px(15, 5) & 0xFF, 255.0 / 3, 2);
   EXPECT_EQ(px(0, 9), 0x12345678u);  // no element centre within reach: left as it was
   EXPECT_VEXCEPTION_HAS(rf.readLayerAndInterpOnBitmap(1, 0, 2, nullptr, 30, 10, 256, 0, 300, 0, 100, 0, 1.5, cols, 2, 15, 2),
                         "no bitmap");
+}
+
+TEST(ResultFileSeries, WithinOneFile) {
+  SmallFile f;
+  thResultFile rf(f.fn, NC);
+  // cell 7 (e3, layer 1) over all timesteps; the end of the range is not part of it
+  EXPECT_EQ(series(rf, 0, 3, 1, 0, 3, 3), (VD{7.25, 107.25, delD}));
+  EXPECT_EQ(series(rf, 0, 3, 1, 1, 2, 1), (VD{107.25}));
+  EXPECT_EQ(series(rf, 0, 3, 1, 0, -1, 3).size(), 3u);  // to the end
+  EXPECT_TRUE(series(rf, 0, 3, 1, 2, 2, 0).empty());    // an empty range is no failure
+  // a 2-D item by element, at any layer from the element's bottom up
+  EXPECT_EQ(series(rf, 1, 2, 2, 0, 3, 3), (VD{1.0, 2.0, 3.0}));
+  double* d = nullptr;
+  EXPECT_VEXCEPTION(rf.readTimeSeries(1, 2, 0, &d, 0, 3),
+                    "Layer 0 is below bottom. There are 1 layers in element 2, numbered (bottom) 2 to 2 (surface).");
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 1, 0, &d, 0, 3),
+                    "Layer 0 is below bottom. There are 2 layers in element 1, numbered (bottom) 1 to 2 (surface).");
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 3, 1, &d, 3, 2), "timeStepFrom>timeStepTo");
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 3, 1, &d, 0, 4), "Invalid timeStepTo");
+  EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(0, 3, 3, &d, 0, 3), "layer 3 lies above the surface layer 2");
+  EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(0, 4, 1, &d, 0, 3), "element number 4 is out of range");
+  EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(0, 3, 1, &d, -1, 3), "timeStepFrom -1 is negative");
+  EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(2, 3, 1, &d, 0, 3), "item number 2 is out of range");
+  EXPECT_EQ(d, nullptr);
+
+  // whole columns, timestep after timestep, each from the bottom cell up
+  EXPECT_EQ(series(rf, 0, 1, -1, 0, 3, 6), (VD{3.25, 4.25, 103.25, 104.25, 203.25, delD}));
+  EXPECT_EQ(series(rf, 0, 0, -1, 2, -1, 3), (VD{200.25, 201.25, 202.25}));
+  EXPECT_VEXCEPTION(rf.readTimeSeriesProfile(1, 0, &d, 0, 3),
+                    "readTimeSeriesProfile only supports 3D items. Use readTimeSeries for 2D items.");
+  EXPECT_VEXCEPTION(rf.readTimeSeriesProfile(0, 0, &d, 3, 1), "timeStepFrom>timeStepTo");
+}
+
+TEST(ResultFileSeries, AcrossPhysicalFiles) {
+  ThreeFiles files;
+  thResultFile rf(files.fn, NC);
+  EXPECT_EQ(rf.mInfo.nt, 3);
+  EXPECT_EQ(rf.getTotNoTimesteps(), 8);  // 2 x 3 + the 2 of the last file
+  EXPECT_EQ(rf.fileNo, 0);
+
+  // physical files of timesteps
+  int32_t t = 4;
+  EXPECT_EQ(rf.getFileForTimestep(t), files.dir.file("run^1.nc"));
+  EXPECT_EQ(t, 1);
+  EXPECT_EQ(rf.fileNo, 1);
+  t = 2;
+  EXPECT_EQ(rf.getFileForTimestep(t), files.fn);  // within the first: fileNo stays
+  EXPECT_EQ(rf.fileNo, 1);
+  t = 9;
+  EXPECT_VEXCEPTION(rf.getFileForTimestep(t), "Not that many timesteps in file (" + files.fn + "). fileNo=3, timestep=0");
+  t = -1;
+  EXPECT_VEXCEPTION(rf.getFileForTimestep(t),
+                    "Negative timestep requested from  (" + files.fn + "). " + thGlobal::errTail);
+
+  // the whole logical file: cell 0 (bottom of e0) of timesteps 0 to 7
+  EXPECT_EQ(series(rf, 0, 0, 0, 0, -1, 8),
+            (VD{0.25, 100.25, 200.25, 300.25, 400.25, 500.25, 600.25, 700.25}));
+  EXPECT_EQ(rf.fileNo, 3);  // the loop leaves fileNo behind the last file
+  // a range within nt is now served by the file that fileNo names, which does not exist
+  double* d = nullptr;
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 0, 0, &d, 0, 3), "No such file: '" + files.dir.file("run^3.nc") + "'");
+  // a range beyond the first file starts over from the first
+  EXPECT_EQ(series(rf, 1, 1, 2, 4, 7, 3), (VD{4.5, 5.5, 6.5}));
+  EXPECT_EQ(rf.fileNo, 3);
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 0, 0, &d, 0, 9), "Invalid timeStepTo");
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 0, 0, &d, 7, 5), "timeStepFrom>timeStepTo");
+  // a negative end puts fileNo back first, so the first file serves the next short range
+  EXPECT_EQ(series(rf, 0, 0, 0, 6, -1, 2), (VD{600.25, 700.25}));
+  rf.getTotNoTimesteps();
+  EXPECT_EQ(series(rf, 0, 0, 0, 1, 3, 2), (VD{100.25, 200.25}));
+
+  // columns across files: e1 (cells 3, 4) of timesteps 2 to 4
+  EXPECT_EQ(series(rf, 0, 1, -1, 2, 5, 6), (VD{203.25, delD, 303.25, 304.25, 403.25, 404.25}));
+}
+
+TEST(ResultFileSeries, EmptyFirstFile) {
+  thTest::TempDir dir;
+  SmallModelOptions opt;
+  opt.times = {};
+  thTest::writeSmallModelNc(dir.file("run.nc"), opt);
+  thTest::writeSmallModelNc(dir.file("run^1.nc"));
+  thResultFile rf(dir.file("run.nc"), NC);
+  // with nt 0 every timestep walks the "^" files until one is missing
+  int32_t t = 0;
+  EXPECT_VEXCEPTION(rf.getFileForTimestep(t),
+                    "Not that many timesteps in file (" + dir.file("run.nc") + "). fileNo=2, timestep=0");
+  EXPECT_EQ(rf.getTotNoTimesteps(), 3);  // 0 x 1 + the 3 of run^1.nc
+  double* d = nullptr;
+  EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(0, 0, 0, &d, 0, 2), "holds no timesteps");
 }

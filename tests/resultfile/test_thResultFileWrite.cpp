@@ -42,37 +42,41 @@ void buildSmallModel(thModelInfo& mi) {
 // Values of item i at timestep t, index k.
 float value(int i, int t, int k) { return static_cast<float>(1000 * i + 100 * t + k) + 0.5f; }
 
+// Checks that the texts stand in `text` in the order given.
+void expectInOrder(const std::string& text, const std::vector<std::string>& parts) {
+  size_t at = 0;
+  for (const std::string& p : parts) {
+    size_t found = text.find(p, at);
+    EXPECT_NE(found, std::string::npos) << "missing or out of order: " << p;
+    if (found != std::string::npos) at = found + p.size();
+  }
+}
+
 }  // namespace
 
 TEST(ResultFileWrite, RoundTrip) {
   thTest::TempDir dir;
   std::string fn = dir.file("w.nc");
+  // second dimensions: cells, elems, UPntsDim (8 = U-points), ABMDim, the earlier ABMDim again
+  // (same length), dcpSrcDim, the item's own, cells
+  const std::vector<std::pair<std::string, int>> items = {
+      {"temp", 9}, {"elev", 4}, {"uflux", 8}, {"abmFish", 5}, {"misc", 5}, {"hddcp_srcFlux", 6},
+      {"other", 12}, {"salt", 9}};
   {
     thResultFile w(fn, NC);  // nothing there yet: nothing is read
     buildSmallModel(w.mInfo);
-    EXPECT_EQ(w.mInfo.cells, 9);
-    EXPECT_EQ(w.mInfo.totNoUPnts, 8);
-    // second dimensions: cells, elems, UPntsDim (8 = U-points), ABMDim, the earlier ABMDim again
-    // (same length), dcpSrcDim, the item's own, cells
-    const std::vector<std::pair<std::string, int>> items = {
-        {"temp", 9}, {"elev", 4}, {"uflux", 8}, {"abmFish", 5}, {"misc", 5}, {"hddcp_srcFlux", 6},
-        {"other", 7}, {"salt", 9}};
+    ASSERT_EQ(w.mInfo.totNoUPnts, 8);
     for (auto& [name, len] : items) w.addItem(name, len);
     ASSERT_EQ(w.writeHeader(), 0);
     EXPECT_GT(w.fileTime, 1600000000);
-    EXPECT_EQ(w.maxItemLength, 9);
+    EXPECT_EQ(w.maxItemLength, 12);
     for (int t = 0; t < 3; ++t)
       for (int i = 0; i < 8; ++i) {
-        int len = items[i].second;
-        if (i % 2 == 0) {
-          std::vector<float> v(len);
-          for (int k = 0; k < len; ++k) v[k] = value(i, t, k);
-          w.writeItemData(v.data(), len);
-        } else {
-          std::vector<double> v(len);
-          for (int k = 0; k < len; ++k) v[k] = value(i, t, k);
-          w.writeItemData(v.data(), len);  // narrowed on the way
-        }
+        std::vector<float> v(items[i].second);
+        for (int k = 0; k < items[i].second; ++k) v[k] = value(i, t, k);
+        std::vector<double> v64(v.begin(), v.end());
+        if (i % 2 == 0) w.writeItemData(v.data(), items[i].second);
+        else w.writeItemData(v64.data(), items[i].second);  // narrowed on the way
       }
     EXPECT_EQ(w.writeTimestep, 3);
     EXPECT_EQ(w.writeItem, 0);
@@ -82,57 +86,27 @@ TEST(ResultFileWrite, RoundTrip) {
     EXPECT_VEXCEPTION_HAS(w.writeItemData(more, 9), "is not open for writing");
   }
 
-  // the schema as ncdump sees it
+  // the schema as ncdump sees it: dimensions, variables, attributes, each in the order of writing
   std::string h = thTest::ncdump(fn, "-hs");
-  auto before = [&](const std::string& a, const std::string& b) {
-    size_t pa = h.find(a), pb = h.find(b);
-    EXPECT_NE(pa, std::string::npos) << a;
-    EXPECT_NE(pb, std::string::npos) << b;
-    EXPECT_LT(pa, pb) << a << " before " << b;
-  };
-  before("time = UNLIMITED ; // (3 currently)", "nodes = 8 ;");
-  before("nodes = 8 ;", "elems = 4 ;");
-  before("elems = 4 ;", "cells = 9 ;");
-  before("cells = 9 ;", "layers = 3 ;");
-  before("layers = 3 ;", "totNoElemNodes = 14 ;");
-  before("totNoElemNodes = 14 ;", "UPntsDim = 8 ;");
-  before("UPntsDim = 8 ;", "ABMDim = 5 ;");
-  before("ABMDim = 5 ;", "dcpSrcDim = 6 ;");
-  before("dcpSrcDim = 6 ;", "otherDim = 7 ;");
-  before("int64 time(time) ;", "double nodeXCoor(nodes) ;");
-  before("double nodeXCoor(nodes) ;", "double nodeYCoor(nodes) ;");
-  before("double nodeYCoor(nodes) ;", "int nodeType(nodes) ;");
-  before("int nodeType(nodes) ;", "int noElemNodes(elems) ;");
-  before("int noElemNodes(elems) ;", "double voronoiX(elems) ;");
-  before("double voronoiY(elems) ;", "double elemBathy(elems) ;");
-  before("double elemBathy(elems) ;", "int elemBottomLayerIdx(elems) ;");
-  before("int elemBottomLayerIdx(elems) ;", "int elemlayers(elems) ;");
-  before("int elemlayers(elems) ;", "int connectivity(totNoElemNodes) ;");
-  before("int connectivity(totNoElemNodes) ;", "double layerThickness(layers) ;");
-  before("double layerThickness(layers) ;", "float temp(time, cells) ;");
-  before("float temp(time, cells) ;", "float elev(time, elems) ;");
-  before("float elev(time, elems) ;", "float uflux(time, UPntsDim) ;");
-  before("float uflux(time, UPntsDim) ;", "float abmFish(time, ABMDim) ;");
-  before("float abmFish(time, ABMDim) ;", "float misc(time, ABMDim) ;");
-  before("float misc(time, ABMDim) ;", "float hddcp_srcFlux(time, dcpSrcDim) ;");
-  before("float hddcp_srcFlux(time, dcpSrcDim) ;", "float other(time, otherDim) ;");
-  before("float other(time, otherDim) ;", "float salt(time, cells) ;");
-  before("time:long_name = \"Time (seconds since 1970-01-01)\" ;", "time:standard_name = \"time\" ;");
-  before("time:standard_name = \"time\" ;", "time:units = \"seconds since 1970-01-01 00:00:00\" ;");
-  before(":fileType = \"Thalmod unstructured data file\" ;", ":version = 8 ;");
-  before(":version = 8 ;", ":layerType = 0 ;");
-  before(":layerType = 0 ;", ":flavor = 3 ;");
-  before(":flavor = 3 ;", ":topDepth = 0. ;");
-  before(":topDepth = 0. ;", ":modeltype = 0 ;");
-  before(":modeltype = 0 ;", ":projection = \"UTM32\" ;");
-  before(":projection = \"UTM32\" ;", ":nItem = 8 ;");
-  EXPECT_NE(h.find("temp:_DeflateLevel = 2 ;"), std::string::npos);
-  EXPECT_NE(h.find("temp:_Shuffle = \"true\" ;"), std::string::npos);
-  EXPECT_NE(h.find("nodeXCoor:_DeflateLevel = 2 ;"), std::string::npos);
+  expectInOrder(h, {"time = UNLIMITED ; // (3 currently)", "nodes = 8 ;", "elems = 4 ;", "cells = 9 ;",
+                    "layers = 3 ;", "totNoElemNodes = 14 ;", "UPntsDim = 8 ;", "ABMDim = 5 ;",
+                    "dcpSrcDim = 6 ;", "otherDim = 12 ;",
+                    "int64 time(time) ;", "time:long_name = \"Time (seconds since 1970-01-01)\" ;",
+                    "time:standard_name = \"time\" ;", "time:units = \"seconds since 1970-01-01 00:00:00\" ;",
+                    "double nodeXCoor(nodes) ;", "nodeXCoor:_DeflateLevel = 2 ;", "double nodeYCoor(nodes) ;",
+                    "int nodeType(nodes) ;", "int noElemNodes(elems) ;", "double voronoiX(elems) ;",
+                    "double voronoiY(elems) ;", "double elemBathy(elems) ;", "int elemBottomLayerIdx(elems) ;",
+                    "int elemlayers(elems) ;", "int connectivity(totNoElemNodes) ;",
+                    "double layerThickness(layers) ;", "float temp(time, cells) ;", "temp:_Shuffle = \"true\" ;",
+                    "temp:_DeflateLevel = 2 ;", "float elev(time, elems) ;", "float uflux(time, UPntsDim) ;",
+                    "float abmFish(time, ABMDim) ;", "float misc(time, ABMDim) ;",
+                    "float hddcp_srcFlux(time, dcpSrcDim) ;", "float other(time, otherDim) ;",
+                    "float salt(time, cells) ;", ":fileType = \"Thalmod unstructured data file\" ;",
+                    ":version = 8 ;", ":layerType = 0 ;", ":flavor = 3 ;", ":topDepth = 0. ;", ":modeltype = 0 ;",
+                    ":projection = \"UTM32\" ;", ":nItem = 8 ;"});
   std::string data = thTest::ncdump(fn, "-v time,elemBottomLayerIdx,elemlayers");
-  EXPECT_NE(data.find("time = 1262304000, 1262307600, 1262311200 ;"), std::string::npos) << data;
-  EXPECT_NE(data.find("elemBottomLayerIdx = 0, 1, 2, 0 ;"), std::string::npos) << data;
-  EXPECT_NE(data.find("elemlayers = 3, 2, 1, 3 ;"), std::string::npos) << data;
+  expectInOrder(data, {"time = 1262304000, 1262307600, 1262311200 ;", "elemBottomLayerIdx = 0, 1, 2, 0 ;",
+                       "elemlayers = 3, 2, 1, 3 ;"});
 
   // and back through the reader
   thResultFile r(fn, -1);
@@ -140,34 +114,32 @@ TEST(ResultFileWrite, RoundTrip) {
   EXPECT_EQ(r.mInfo.startDT, SmallModel::startDT);
   EXPECT_DOUBLE_EQ(r.mInfo.dt, 3600.0);
   EXPECT_EQ(r.mInfo.flavor, 3);
-  EXPECT_EQ(r.mInfo.cells, 9);
-  EXPECT_EQ(r.mInfo.mesh2d.nvf, 11);
   for (int e = 0; e < 4; ++e) EXPECT_EQ(r.mInfo.botlayerIdx[e], SmallModel::botlayerIdx[e]);
   // the triangles are right-angled: their centres stand in for the Voronoi points
   EXPECT_NEAR(r.mInfo.mesh2d.eVoronoiX[2], 800.0 / 3, 1e-9);
   EXPECT_NEAR(r.mInfo.mesh2d.eVoronoiY[3], 200.0 / 3, 1e-9);
-  EXPECT_EQ(r.itemNameVec,
-            (std::vector<std::string>{"temp", "elev", "uflux", "abmFish", "misc", "hddcp_srcFlux", "other", "salt"}));
-  EXPECT_EQ(r.itemLengthVec, (std::vector<int32_t>{9, 4, 8, 5, 5, 6, 7, 9}));
-  for (int i = 0; i < 8; ++i)
+  ASSERT_EQ(r.itemNameVec.size(), items.size());
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_EQ(r.itemNameVec[i], items[i].first);
+    EXPECT_EQ(r.itemLengthVec[i], items[i].second);
     for (int t = 0; t < 3; ++t) {
-      std::vector<float> v(9);
+      std::vector<float> v(12);
       ASSERT_EQ(r.readItemData(i, t, v.data()), 0);
-      for (int k = 0; k < r.itemLengthVec[i]; ++k) EXPECT_EQ(v[k], value(i, t, k)) << i << " " << t << " " << k;
+      for (int k = 0; k < items[i].second; ++k) EXPECT_EQ(v[k], value(i, t, k)) << i << " " << t << " " << k;
     }
-  // a layer and a series of the written temperature: layer 1 of e1 is cell 3
-  float lay[4];
-  float* lp = lay;
-  r.readLayer(0, 2, 1, &lp);
-  EXPECT_EQ(lay[1], value(0, 2, 3));
-  EXPECT_EQ(lay[2], delVal);
-  double* s = nullptr;
-  ASSERT_EQ(r.readTimeSeries(7, 1, 1, &s, 0, -1), 3);
-  EXPECT_EQ(s[2], value(7, 2, 3));
-  delete[] s;
+  }
+  // the sigma arithmetic of a layer at a depth on the item of 12 = nol x noe values: depth 5 is in
+  // layer 1, so element e takes value 1 + 3e; depth 10 is in layer 0, which gives delVal
+  r.mInfo.layerType = 1;
+  double at[4];
+  EXPECT_EQ(r.readLayerAtDepth(6, 2, 5.0, at), 0);
+  for (int e = 0; e < 4; ++e) EXPECT_EQ(at[e], value(6, 2, 1 + 3 * e)) << e;
+  EXPECT_EQ(r.readLayerAtDepth(6, 2, 10.0, at), 0);
+  for (int e = 0; e < 4; ++e) EXPECT_EQ(at[e], static_cast<double>(delVal)) << e;
+  EXPECT_VEXCEPTION_HAS(r.readLayerAtDepth(0, 2, 5.0, at), "fewer than the 12 of a sigma layout");
 }
 
-TEST(ResultFileWrite, NamedItemsAndFailures) {
+TEST(ResultFileWrite, NamedItemsBuffersAndFailures) {
   thTest::TempDir dir;
   {
     // writeHeader(n) names the items "0".."n-1"; without lengths every item is one per cell
@@ -177,67 +149,70 @@ TEST(ResultFileWrite, NamedItemsAndFailures) {
     EXPECT_EQ(w.itemNameVec, (std::vector<std::string>{"0", "1"}));
     EXPECT_EQ(w.itemLengthVec, (std::vector<int32_t>{9, 9}));
     EXPECT_EQ(w.maxItemLength, 0);
-    double v[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    double v[20];
+    for (int k = 0; k < 20; ++k) v[k] = k + 0.25;
     w.writeItemData(v, 9);  // the float buffer still holds a whole item
     EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 3), "item '1' of '" + dir.file("n.nc") + "' takes 9 values, not 3.");
     EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 10), "10 values are more than the longest item");
     w.closeFile(0);
-    thResultFile r(dir.file("n.nc"), NC);
+    // a second file through the same object with a longer item: the float buffer grows with it
+    w.filename = dir.file("n2.nc");
+    w.itemNameVec = {"big"};
+    w.itemLengthVec = {20};
+    ASSERT_EQ(w.writeHeader(), 0);
+    w.writeItemData(v, 20);
+    w.closeFile(1);
+    thResultFile r(dir.file("n.nc"), NC), r2(dir.file("n2.nc"), NC);
     EXPECT_EQ(r.mInfo.nt, 1);  // the record of the first item makes the time axis one long
+    float back[20];
+    ASSERT_EQ(r2.readItemData(0, 0, back), 0);
+    for (int k = 0; k < 20; ++k) EXPECT_EQ(back[k], k + 0.25f) << k;
   }
   auto fresh = [&](const std::string& name, int32_t fmt) {
     auto w = std::make_unique<thResultFile>(dir.file(name), fmt);
     buildSmallModel(w->mInfo);
     return w;
   };
-  {
-    auto w = fresh("a.nc", NC);
-    EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: itemNameVec is empty.");
-    w->addItem("temp", 9);
-    w->itemNameVec.push_back("salt");
-    EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: itemNameVec.Size()!=itemLengthVec.size().");
-    w->itemLengthVec.push_back(9);
-    w->itemNameVec[1] = "temp";
-    EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: the name of item 'temp' is taken by another variable of '" +
-                                            dir.file("a.nc") + "'.");
-    w->itemNameVec[1] = "nodeXCoor";
-    EXPECT_VEXCEPTION_HAS(w->writeHeader(), "the name of item 'nodeXCoor' is taken");
-    w->itemNameVec[1] = "salt";
-    w->itemLengthVec[1] = 0;
-    EXPECT_VEXCEPTION_HAS(w->writeHeader(), "item 'salt' of '" + dir.file("a.nc") + "' has the length 0");
-  }
-  {
-    auto w = fresh("nope/b.nc", NC);
-    w->addItem("temp", 9);
-    EXPECT_VEXCEPTION(w->writeHeader(), "No such folder: '" + dir.file("nope") + "'");
-    auto t = fresh("b.text0d", TEXT0D);
-    t->addItem("temp", 9);
-    EXPECT_VEXCEPTION(t->writeHeader(), "thResultFile::writeHeader undefined format.");
-    float v[9] = {};
-    EXPECT_VEXCEPTION(t->writeItemData(v, 9), "thResultFile::readItemData undefined format.");
-    t->closeFile(0);  // nothing to close in that format
-  }
-  {
-    // a model that was never set up
-    thResultFile w(dir.file("c.nc"), NC);
-    w.addItem("temp", 9);
-    EXPECT_VEXCEPTION_HAS(w.writeHeader(), "is not set up; fill the mesh and the layers");
-    float v[9] = {};
-    EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 9), "is not open for writing; call writeHeader first.");
-  }
-  {
-    // the number of timesteps of an NC file is its time axis: setNoTimesteps only sets nt
-    auto w = fresh("d.nc", NC);
-    w->addItem("elev", 4);
-    w->writeHeader();
-    float v[4] = {1, 2, 3, 4};
-    w->writeItemData(v, 4);
-    w->writeItemData(v, 4);
-    w->closeFile(2);
-    EXPECT_EQ(w->setNoTimesteps(5), 0);
-    EXPECT_EQ(w->mInfo.nt, 5);
-    thResultFile r(dir.file("d.nc"), NC);
-    EXPECT_EQ(r.mInfo.nt, 2);
-    EXPECT_DOUBLE_EQ(r.mInfo.dt, 3600.0);
-  }
+  auto w = fresh("a.nc", NC);
+  EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: itemNameVec is empty.");
+  w->addItem("temp", 9);
+  w->itemNameVec.push_back("salt");
+  EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: itemNameVec.Size()!=itemLengthVec.size().");
+  w->itemLengthVec.push_back(9);
+  w->itemNameVec[1] = "temp";
+  EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: the name of item 'temp' is taken by another variable of '" +
+                                          dir.file("a.nc") + "'.");
+  w->itemNameVec[1] = "nodeXCoor";
+  EXPECT_VEXCEPTION_HAS(w->writeHeader(), "the name of item 'nodeXCoor' is taken");
+  w->itemNameVec[1] = "salt";
+  w->itemLengthVec[1] = 0;
+  EXPECT_VEXCEPTION_HAS(w->writeHeader(), "item 'salt' of '" + dir.file("a.nc") + "' has the length 0");
+
+  auto nofolder = fresh("nope/b.nc", NC);
+  nofolder->addItem("temp", 9);
+  EXPECT_VEXCEPTION(nofolder->writeHeader(), "No such folder: '" + dir.file("nope") + "'");
+  auto text = fresh("b.text0d", TEXT0D);
+  text->addItem("temp", 9);
+  EXPECT_VEXCEPTION(text->writeHeader(), "thResultFile::writeHeader undefined format.");
+  float v[9] = {};
+  EXPECT_VEXCEPTION(text->writeItemData(v, 9), "thResultFile::readItemData undefined format.");
+  text->closeFile(0);  // nothing to close in that format
+
+  thResultFile unset(dir.file("c.nc"), NC);  // a model that was never set up
+  unset.addItem("temp", 9);
+  EXPECT_VEXCEPTION_HAS(unset.writeHeader(), "is not set up; fill the mesh and the layers");
+  EXPECT_VEXCEPTION_HAS(unset.writeItemData(v, 9), "is not open for writing; call writeHeader first.");
+
+  // the number of timesteps of an NC file is its time axis: setNoTimesteps only sets nt
+  auto two = fresh("d.nc", NC);
+  two->addItem("elev", 4);
+  two->writeHeader();
+  two->writeItemData(v, 4);
+  two->writeItemData(v, 4);
+  two->closeFile(2);
+  EXPECT_EQ(two->setNoTimesteps(5), 0);
+  EXPECT_EQ(two->mInfo.nt, 5);
+  thResultFile r(dir.file("d.nc"), NC);
+  EXPECT_EQ(r.mInfo.nt, 2);
+  EXPECT_DOUBLE_EQ(r.mInfo.dt, 3600.0);
 }
