@@ -15,6 +15,7 @@
 #include <limits>
 #include <memory>
 
+#include "netcdf/VNetCdfClassicCheck.h"
 #include "support/VStr.h"
 
 namespace VCppLib {
@@ -72,7 +73,10 @@ VNetCdf::VNetCdf(std::string name, bool create) : fileName(name) {
     FILE* f = std::fopen(name.c_str(), "r");
     if (!f) throw VException("No such file: '" + name + "'");
     std::fclose(f);
-    int rc = nc_open(name.c_str(), NC_NOWRITE, &id);
+    // a damaged classic header can make the library overrun buffers or crash: refuse it first
+    int rc = classicHeaderStatus(name);
+    if (rc != NC_NOERR) throw VException(nc_strerror(rc));
+    rc = nc_open(name.c_str(), NC_NOWRITE, &id);
     if (rc != NC_NOERR) throw VException(nc_strerror(rc));
   }
   ncid = id;
@@ -185,7 +189,9 @@ void VNetCdf::readFileInfo(bool reset) {
   for (int v = 0; v < nvars; ++v) {
     nc_type type = NC_NAT;
     int nvd = 0;
-    if (nc_inq_var(ncid, v, name, &type, &nvd, dimIds, nullptr) != NC_NOERR)
+    // the count first: the ids must fit the array that receives them
+    if (nc_inq_varndims(ncid, v, &nvd) != NC_NOERR || nvd < 0 || nvd > NC_MAX_VAR_DIMS ||
+        nc_inq_var(ncid, v, name, &type, &nvd, dimIds, nullptr) != NC_NOERR)
       throw VException("Error reading variable info from NetCdf file.");
     varNames.push_back(name);
     varNdims.push_back(nvd);

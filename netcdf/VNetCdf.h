@@ -143,6 +143,8 @@ class VNetCdf {
   int64_t trueVarLen(int32_t varid, bool skipRecordDim, const char* fn);
   int32_t rawBlockInfo(int32_t varid, int32_t& typeSize);  // element count of getVarRaw
   void readVarRawInto(int32_t varid, void* block, int32_t typeSize, int32_t n);
+  // Raises when a read of count (the variable's own dimensions) has more elements than an int32.
+  void checkReadFits(int32_t varid, const size_t* count, const char* fn);
 };
 
 }  // namespace VCppLib

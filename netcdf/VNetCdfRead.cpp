@@ -59,6 +59,23 @@ int64_t exactCount(int32_t n, const size_t* count) {
   return p;
 }
 
+// A value as Out. Converting a floating value that an integer type cannot hold (NaN, or beyond
+// its range, such as the default float fill value 9.97e36) is undefined behaviour in C++: such a
+// value saturates at the nearer limit instead, and NaN gives the lowest value, so that a caller's
+// range check on an index catches it. Everything else is the plain conversion.
+template <typename Out, typename V>
+inline Out convertTo(V v) {
+  if constexpr (std::is_integral_v<Out> && std::is_floating_point_v<V>) {
+    constexpr double lo = static_cast<double>(std::numeric_limits<Out>::lowest());
+    constexpr double hi = static_cast<double>(std::numeric_limits<Out>::max());  // 2^63 for int64
+    if (!(v >= lo)) return std::numeric_limits<Out>::lowest();
+    if (v >= hi) return std::numeric_limits<Out>::max();
+    return static_cast<Out>(v);
+  } else {
+    return static_cast<Out>(v);
+  }
+}
+
 // The missing value of a table entry at the width of T.
 template <typename T>
 T missingAs(const void* block) {
@@ -171,12 +188,22 @@ void VNetCdf::getDataIntoGivenType(int32_t varid, T*& data, size_t* start, size_
   }
 }
 
+// A caller sizes its array from the 32-bit counts of this class (getVarLen, dimLen), which a length
+// or a product beyond 32 bits does not fit: such a read would overrun the array, so it is refused.
+void VNetCdf::checkReadFits(int32_t varid, const size_t* count, const char* fn) {
+  int64_t n = exactCount(varNdims[varid], count);
+  if (n < 0 || n > std::numeric_limits<int32_t>::max())
+    throw VException("VNetCdf::" + std::string(fn) + ": variable '" + varNames[varid] + "' in '" +
+                     fileName + "' is too large to be read at once.");
+}
+
 template <typename T>
 void VNetCdf::getAllDataIntoGivenType(int32_t varid, T*& data) {
   size_t* start = nullptr;
   size_t* count = nullptr;
   getStartAndCountArr(varid, start, count);
   std::unique_ptr<size_t[]> s(start), c(count);
+  checkReadFits(varid, count, "getAllDataIntoGivenType");
   getDataIntoGivenType<T>(varid, data, start, count);
 }
 
@@ -186,6 +213,7 @@ void VNetCdf::getTimestepData(int32_t varid, int32_t t, T*& data) {
   size_t* count = nullptr;
   getTimestepStartAndCount(varid, t, start, count);
   std::unique_ptr<size_t[]> s(start), c(count);
+  checkReadFits(varid, count, "getTimestepData");
   getData<T>(varid, data, start, count);
 }
 
@@ -224,22 +252,22 @@ template <typename In, typename Out>
 void VNetCdf::scaleOffset(In* dataIn, Out*& dataOut, int32_t l, int32_t varid) {
   // a variable defined after the tables were made has no entry: it passes unscaled
   if (!scaleTab || varid < 0 || varid >= tabLen) {
-    for (int32_t i = 0; i < l; ++i) dataOut[i] = static_cast<Out>(dataIn[i]);
+    for (int32_t i = 0; i < l; ++i) dataOut[i] = convertTo<Out>(dataIn[i]);
     return;
   }
   const double sc = scaleTab[varid];
   const double off = offsetTab[varid];
   if (!missingTab || !missingTab[varid]) {
     for (int32_t i = 0; i < l; ++i)
-      dataOut[i] = static_cast<Out>(sc * static_cast<double>(dataIn[i]) + off);
+      dataOut[i] = convertTo<Out>(sc * static_cast<double>(dataIn[i]) + off);
     return;
   }
   const In m = missingAs<In>(missingTab[varid]);
   for (int32_t i = 0; i < l; ++i) {
     if (dataIn[i] != m)
-      dataOut[i] = static_cast<Out>(sc * static_cast<double>(dataIn[i]) + off);
+      dataOut[i] = convertTo<Out>(sc * static_cast<double>(dataIn[i]) + off);
     else
-      dataOut[i] = static_cast<Out>(m);  // missing values keep their raw value
+      dataOut[i] = convertTo<Out>(m);  // missing values keep their raw value
   }
 }
 
@@ -249,12 +277,12 @@ void VNetCdf::scaleOffset(T*& data, int32_t l, int32_t varid) {
   const double sc = scaleTab[varid];
   const double off = offsetTab[varid];
   if (!missingTab || !missingTab[varid]) {
-    for (int32_t i = 0; i < l; ++i) data[i] = static_cast<T>(sc * static_cast<double>(data[i]) + off);
+    for (int32_t i = 0; i < l; ++i) data[i] = convertTo<T>(sc * static_cast<double>(data[i]) + off);
     return;
   }
   const T m = missingAs<T>(missingTab[varid]);
   for (int32_t i = 0; i < l; ++i)
-    if (data[i] != m) data[i] = static_cast<T>(sc * static_cast<double>(data[i]) + off);
+    if (data[i] != m) data[i] = convertTo<T>(sc * static_cast<double>(data[i]) + off);
 }
 
 void VNetCdf::setScaleOffsetAtts(std::string scaleName, std::string offsetName,

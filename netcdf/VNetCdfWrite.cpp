@@ -204,7 +204,8 @@ int32_t VNetCdf::copyVar(VNetCdf& src, int32_t varid, bool copyData, std::string
   nc_type type = NC_NAT;
   int nd = 0;
   int srcDims[NC_MAX_VAR_DIMS];
-  if (nc_inq_var(src.ncid, varid, name, &type, &nd, srcDims, nullptr) != NC_NOERR)
+  if (nc_inq_varndims(src.ncid, varid, &nd) != NC_NOERR || nd < 0 || nd > NC_MAX_VAR_DIMS ||
+      nc_inq_var(src.ncid, varid, name, &type, &nd, srcDims, nullptr) != NC_NOERR)
     throw VException("VNetCdf::copyVar: variable id " + VStr::toString<int>(varid) +
                      " is not a variable of '" + src.fileName + "'.");
   // dimensions are matched by name; a name this file lacks maps to -1

@@ -9,15 +9,16 @@
 
 namespace VCppLib {
 
+// No elements still make a new (empty) array, as the caller expects an array to delete.
 double* floatArr2doubleArr(const float* a, int32_t n) {
-  if (a == nullptr || n < 1) return nullptr;
+  if (n < 0 || (a == nullptr && n > 0)) return nullptr;
   double* out = new double[n];
   for (int32_t i = 0; i < n; i++) out[i] = a[i];
   return out;
 }
 
 float* doubleArr2floatArr(const double* a, int32_t n) {
-  if (a == nullptr || n < 1) return nullptr;
+  if (n < 0 || (a == nullptr && n > 0)) return nullptr;
   float* out = new float[n];
   for (int32_t i = 0; i < n; i++) out[i] = static_cast<float>(a[i]);
   return out;
@@ -82,7 +83,8 @@ static bool atReference(double dx, double dy, double refAngle) {
 
 int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy,
                          double refAngle, bool clockwise) {
-  if (n < 1) return nullptr;
+  if (n < 0) return nullptr;
+  if (n == 0) return new int32_t[0];
   double* keys = new double[n];
   int32_t* order = new int32_t[n];
   for (int32_t i = 0; i < n; i++) {

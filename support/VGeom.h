@@ -16,8 +16,8 @@ inline constexpr double deg2rad = 0.01745329;
 // Result of idwPointsToPoints where no source point contributes.
 inline constexpr double idwMissing = -1e-37;
 
-// ---- Array conversions: a new array of n elements that the caller deletes with delete[];
-// nullptr when n < 1 or a is null.
+// ---- Array conversions: a new array of n elements (an empty one for n = 0) that the caller
+// deletes with delete[]; nullptr when n < 0, or when a is null and n > 0.
 double* floatArr2doubleArr(const float* a, int32_t n);
 float* doubleArr2floatArr(const double* a, int32_t n);
 
@@ -38,7 +38,8 @@ void sortPaired(int32_t*& keys, int32_t*& payload, int32_t lo, int32_t hi);
 // mathematical direction of the point, brought into [0, 360); clockwise false negates it. With
 // refAngle 90 and clockwise true the order starts at north and goes clockwise; with refAngle 0
 // and clockwise false it goes counter-clockwise from just past the positive x axis.
-// A new array of n indices (nullptr for n < 1) that the caller deletes with delete[].
+// A new array of n indices (an empty one for n = 0, nullptr for n < 0) that the caller deletes
+// with delete[].
 int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy,
                          double refAngle, bool clockwise);
 // The same around the mean of the points.

@@ -2,6 +2,8 @@
 // float; an optional first line of names ("x y z") whose first token is not a number.
 #include "support/VTextTable.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -63,9 +65,14 @@ char detectDelimiter(std::string text, std::string candidates) {
 }
 
 std::vector<std::string> readFirstLine(std::string path) {
+  // A directory opens here but cannot be read: it has no first line.
+  struct stat st;
+  if (stat(path.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) return {};
   std::ifstream in(path, std::ios::binary);
+  if (!in) return {};
   std::string line;
-  if (!in || !std::getline(in, line)) return {};
+  std::getline(in, line);  // an empty file has an empty first line
+  if (in.bad()) return {};
   return {line + "\n"};
 }
 

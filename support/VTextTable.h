@@ -21,10 +21,12 @@ void skipCommentBlock(std::string text, int32_t& pos, std::string open, std::str
 char detectDelimiter(std::string text, std::string candidates);
 // Appends the rows of three numbers (read as float) to x, y and z, stopping quietly at the first row
 // that does not scan. A first line whose first token is no number is a header: header takes its
-// tokens. Returns the number of entries in x, or -1 when the file cannot be read or is empty.
+// tokens. Returns the number of entries in x, or -1 when the file cannot be read. An empty file
+// has an empty first line: a header of one empty name, and no rows.
 int32_t readXYZ(std::string path, std::vector<double>& x, std::vector<double>& y, std::vector<double>& z,
                 std::vector<std::string>& header, std::string delim);
-// One entry, the first line with "\n" on its end; no entry when the file cannot be read or is empty.
+// One entry, the first line with "\n" on its end ("\n" alone for an empty file); no entry when the
+// file cannot be read.
 std::vector<std::string> readFirstLine(std::string path);
 
 }  // namespace VCppLib

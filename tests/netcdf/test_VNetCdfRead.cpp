@@ -296,3 +296,38 @@ TEST(VNetCdfRead, RawReadsWithTablesSeeThirtyTwoBitWords) {
   EXPECT_EQ(w, static_cast<int32_t>(0.5 * 195609 + 1));
   delete[] s;
 }
+
+TEST(VNetCdfRead, IntegersFromValuesTheyCannotHoldSaturate) {
+  // NaN and floats beyond the int range (the default float fill value among them) must not be
+  // converted with undefined behaviour: they saturate, NaN going to the lowest value.
+  thTest::TempDir dir;
+  std::string path = dir.file("wide.nc");
+  thTest::ncgen("netcdf w {\ndimensions:\n x = 5 ;\nvariables:\n float f(x) ;\n"
+                " int i(x) ;\n  i:scale_factor = 1.e6 ;\n double d(x) ;\n"
+                "data:\n f = 1e30, NaN, -1e30, 2.5, 9.96921e+36 ;\n"
+                " i = 100000, -100000, 3, -3, 0 ;\n d = 1e300, -1e300, -2.5, 2147483647, 2147483648 ;\n}\n",
+                path);
+  VNetCdf nc(path, false);
+  const int32_t lo = INT32_MIN, hi = INT32_MAX;
+  int32_t i[5];
+  int32_t* pi = i;
+  nc.getAllDataIntoGivenType<int32_t>(0, pi);
+  EXPECT_EQ(std::vector<int32_t>(i, i + 5), (std::vector<int32_t>{hi, lo, lo, 2, hi}));
+  nc.getAllDataIntoGivenType<int32_t>(2, pi);
+  EXPECT_EQ(std::vector<int32_t>(i, i + 5), (std::vector<int32_t>{hi, lo, -2, hi, hi}));
+  int16_t s[5];
+  int16_t* ps = s;
+  nc.getAllDataIntoGivenType<int16_t>(2, ps);
+  EXPECT_EQ(std::vector<int16_t>(s, s + 5), (std::vector<int16_t>{32767, -32768, -2, 32767, 32767}));
+  int64_t l[5];
+  int64_t* pl = l;
+  nc.getAllDataIntoGivenType<int64_t>(0, pl);
+  EXPECT_EQ(l[0], INT64_MAX);
+  EXPECT_EQ(l[1], INT64_MIN);
+  EXPECT_EQ(l[3], 2);
+
+  // in place, scaled: 1e6 x 100000 = 1e11 lies beyond the int range
+  nc.setScaleOffsetAtts("scale_factor", "", "");
+  nc.getAllDataIntoGivenType<int32_t>(1, pi);
+  EXPECT_EQ(std::vector<int32_t>(i, i + 5), (std::vector<int32_t>{hi, lo, 3000000, -3000000, 0}));
+}

@@ -22,8 +22,13 @@ TEST(VGeom, ArrayConversions) {
   EXPECT_EQ(d[2], static_cast<double>(1e-30f));
   std::unique_ptr<float[]> back(doubleArr2floatArr(d.get(), 3));
   EXPECT_EQ(vec(back.get(), 3), vec(f, 3));
-  EXPECT_EQ(floatArr2doubleArr(f, 0), nullptr);
+  // no elements: still a new array for the caller to delete
+  std::unique_ptr<double[]> none(floatArr2doubleArr(f, 0));
+  EXPECT_NE(none, nullptr);
+  std::unique_ptr<float[]> noneF(doubleArr2floatArr(nullptr, 0));
+  EXPECT_NE(noneF, nullptr);
   EXPECT_EQ(doubleArr2floatArr(nullptr, 3), nullptr);
+  EXPECT_EQ(floatArr2doubleArr(f, -1), nullptr);
 }
 
 TEST(VGeom, PolygonAreaAndPointInPolygon) {
@@ -112,7 +117,11 @@ TEST(VGeom, SortAroundPoint) {
   double wx[2] = {0, -0.001}, wy[2] = {1, 1};
   o.reset(sortAroundPoint(wx, wy, 2, 0.0, 0.0, 90.0, true));
   EXPECT_EQ(vec(o.get(), 2), (std::vector<int32_t>{0, 1}));
-  EXPECT_EQ(sortAroundPoint(x, y, 0, 0.0, 0.0, 0.0, true), nullptr);
+  o.reset(sortAroundPoint(x, y, 0, 0.0, 0.0, 0.0, true));  // an empty array, not null
+  EXPECT_NE(o, nullptr);
+  o.reset(sortAroundPointInPlace(nullptr, nullptr, 0, 90.0, true));
+  EXPECT_NE(o, nullptr);
+  EXPECT_EQ(sortAroundPoint(x, y, -1, 0.0, 0.0, 0.0, true), nullptr);
 }
 
 TEST(VGeom, IntersectSegments) {

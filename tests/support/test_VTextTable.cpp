@@ -81,9 +81,12 @@ TEST(VTextTable, ReadXYZ) {
   x.clear(), y.clear(), z.clear();
   EXPECT_EQ(readXYZ(noEnd, x, y, z, header, ";"), 1);
 
+  // An empty file is readable: its first line is empty, a header of one empty name, no rows.
   std::string empty = dir.file("empty.xyz");
   thTest::writeText(empty, "");
-  EXPECT_EQ(readXYZ(empty, x, y, z, header, " "), -1);
+  x.clear(), y.clear(), z.clear();
+  EXPECT_EQ(readXYZ(empty, x, y, z, header, " "), 0);
+  EXPECT_EQ(header, (std::vector<std::string>{""}));
   EXPECT_EQ(readXYZ(dir.file("missing.xyz"), x, y, z, header, " "), -1);
 
   std::string garbage = dir.file("garbage.xyz");
@@ -105,6 +108,8 @@ TEST(VTextTable, ReadFirstLine) {
   EXPECT_EQ(readFirstLine(dir.file("a.txt")), (std::vector<std::string>{"first\n"}));
   thTest::writeText(dir.file("b.txt"), "only");
   EXPECT_EQ(readFirstLine(dir.file("b.txt")), (std::vector<std::string>{"only\n"}));
+  thTest::writeText(dir.file("empty.txt"), "");
+  EXPECT_EQ(readFirstLine(dir.file("empty.txt")), (std::vector<std::string>{"\n"}));
   EXPECT_TRUE(readFirstLine(dir.file("none.txt")).empty());
   EXPECT_TRUE(readFirstLine(dir.path()).empty());  // a directory
 }
