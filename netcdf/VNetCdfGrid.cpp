@@ -24,9 +24,9 @@ namespace {
 // A text too short to hold the month or the day raises the string library's own error.
 std::string normaliseReference(std::string ref) {
   if (ref.size() < 6) throw std::out_of_range("invalid string position");
-  if (ref.compare(6, 1, "-") == 0) ref.insert(5, "0");
+  if (ref.compare(6, 1, "-") == 0) ref.insert(ref.begin() + 5, '0');
   if (ref.size() < 9) throw std::out_of_range("invalid string position");
-  if (ref.compare(9, 1, " ") == 0) ref.insert(8, "0");
+  if (ref.compare(9, 1, " ") == 0) ref.insert(ref.begin() + 8, '0');
   return ref;
 }
 

@@ -131,7 +131,9 @@ int32_t thResultFile::readHeader() {
 
 std::string thResultFile::getFileName() {
   if (fileNo == 0) return filename;
-  return VCppLib::insertBeforeExt(filename, "^" + VStr::toString<int>(fileNo));
+  std::string tag(1, '^');
+  tag += VStr::toString<int>(fileNo);
+  return VCppLib::insertBeforeExt(filename, tag);
 }
 
 std::string thResultFile::getFileForTimestep(int32_t& timestep) {

@@ -8,7 +8,9 @@ namespace VCppLib {
 
 std::string xmlWrap(std::string content, std::string tag, bool block) {
   if (!block) return "<" + tag + ">" + content + "</" + tag + ">";
-  std::string body = "\t" + VStr::replaceAll(content, newline, newline + "\t");
+  // Appending, rather than prefixing a literal, keeps g++ 12 at -O3 free of a false -Wrestrict.
+  std::string body(1, '\t');
+  body += VStr::replaceAll(content, newline, newline + "\t");
   if (!body.empty() && body.back() == '\t') body.pop_back();
   return "<" + tag + ">" + newline + body + "</" + tag + ">" + newline;
 }
