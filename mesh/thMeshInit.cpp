@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "mesh/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshUtil.h"
 #include "support/VGeom.h"
@@ -78,7 +79,7 @@ int32_t thMesh2D::initMesh() {
   *initFlag = 0;
 
   // 1. first entry of each element
-  eni = new int32_t[noe];
+  eni = bigarr::newArr<int32_t>(noe);
   int32_t run = 0;
   for (int32_t e = 0; e < noe; e++) {
     eni[e] = run;
@@ -101,8 +102,8 @@ int32_t thMesh2D::initMesh() {
   // 4. metres
   if (isLonLat) {
     utmZone = meshutil::utmZoneOf(xMean, yMean);
-    nxUTM = new double[non];
-    nyUTM = new double[non];
+    nxUTM = bigarr::newArr<double>(non);
+    nyUTM = bigarr::newArr<double>(non);
     for (int32_t i = 0; i < non; i++) VCppLib::latLon2UTM(nxCoor[i], nyCoor[i], utmZone, nxUTM[i], nyUTM[i]);
   } else {
     nxUTM = nxCoor;
@@ -111,10 +112,10 @@ int32_t thMesh2D::initMesh() {
   }
 
   // 5. element arrays
-  eArea = new double[noe];
-  eAreaInv = new double[noe];
-  exCoor = new double[noe];
-  eyCoor = new double[noe];
+  eArea = bigarr::newArr<double>(noe);
+  eAreaInv = bigarr::newArr<double>(noe);
+  exCoor = bigarr::newArr<double>(noe);
+  eyCoor = bigarr::newArr<double>(noe);
   totArea = areaCenterX = areaCenterY = 0;
 
   // 6. a mesh without elements
@@ -138,8 +139,8 @@ int32_t thMesh2D::initMesh() {
   }
 
   // 7.-9. centres, areas
-  enxCoor = new double[nevf];
-  enyCoor = new double[nevf];
+  enxCoor = bigarr::newArr<double>(nevf);
+  enyCoor = bigarr::newArr<double>(nevf);
   meanElemSize = 0;
   for (int32_t e = 0; e < noe; e++) {
     const int32_t n = nonpe[e], k0 = eni[e];
@@ -182,59 +183,73 @@ namespace {
 
 // Faces as first met, before they get their final numbers.
 struct TempFaces {
-  std::vector<int32_t> a, b;     // [temporary face] nodes in the order of first encounter
-  std::vector<int32_t> type;     // [temporary face]
-  std::vector<int32_t> elem;     // [temporary face] element that met it first
-  std::vector<int32_t> ofEntry;  // [element entry] temporary face of that entry
+  bigarr::vector<int32_t> a, b;     // [temporary face] nodes in the order of first encounter
+  bigarr::vector<int32_t> type;     // [temporary face]
+  bigarr::vector<int32_t> elem;     // [temporary face] element that met it first
+  bigarr::vector<int32_t> ofEntry;  // [element entry] temporary face of that entry
 };
 
 // Face discovery through node-keyed lists: each face is filed under its lower node, so a lookup
 // scans only the faces of one node.
 void discoverFaces(const thMesh2D& m, TempFaces& tf) {
-  std::vector<int32_t> first(static_cast<size_t>(m.non) + 1, 0);
-  for (int32_t e = 0; e < m.noe; e++) {
-    const int32_t n = m.nonpe[e], k0 = m.eni[e];
+  const int32_t noe = m.noe, non = m.non;
+  const int32_t* en = m.en;
+  const int32_t* nonpe = m.nonpe;
+  const int32_t* eni = m.eni;
+  bigarr::vector<int32_t> first(static_cast<size_t>(non) + 1, 0);
+  for (int32_t e = 0; e < noe; e++) {
+    const int32_t n = nonpe[e];
+    const int32_t* nd = en + eni[e];
     for (int32_t i = 0; i < n; i++) {
-      const int32_t a = m.en[k0 + i], b = m.en[k0 + (i + 1) % n];
+      const int32_t a = nd[i], b = nd[i + 1 < n ? i + 1 : 0];
       first[std::min(a, b) + 1]++;
     }
   }
-  for (int32_t i = 0; i < m.non; i++) first[i + 1] += first[i];
-  std::vector<int32_t> fill(first.begin(), first.end() - 1);
-  std::vector<int32_t> otherNode(m.nevf), faceNo(m.nevf);
+  for (int32_t i = 0; i < non; i++) first[i + 1] += first[i];
+  bigarr::vector<int32_t> fill(first.begin(), first.end() - 1);
+  struct Filed {
+    int32_t otherNode, face;
+  };
+  bigarr::vector<Filed> filed(m.nevf);  // [entry of the node lists]
 
-  tf.a.reserve(m.nevf);
-  tf.b.reserve(m.nevf);
-  tf.type.reserve(m.nevf);
-  tf.elem.reserve(m.nevf);
-  tf.ofEntry.assign(m.nevf, -1);
-  for (int32_t e = 0; e < m.noe; e++) {
-    const int32_t n = m.nonpe[e], k0 = m.eni[e];
+  tf.a.resize(m.nevf);
+  tf.b.resize(m.nevf);
+  tf.type.resize(m.nevf);
+  tf.elem.resize(m.nevf);
+  tf.ofEntry.resize(m.nevf);
+  int32_t nf = 0;
+  for (int32_t e = 0; e < noe; e++) {
+    const int32_t n = nonpe[e], k0 = eni[e];
+    const int32_t* nd = en + k0;
     for (int32_t i = 0; i < n; i++) {
-      const int32_t nodeA = m.en[k0 + i], nodeB = m.en[k0 + (i + 1) % n];
+      const int32_t nodeA = nd[i], nodeB = nd[i + 1 < n ? i + 1 : 0];
       const int32_t lo = std::min(nodeA, nodeB), hi = std::max(nodeA, nodeB);
       int32_t found = -1;
-      for (int32_t j = first[lo]; j < fill[lo]; j++) {
-        if (otherNode[j] == hi) {
-          found = faceNo[j];
+      const int32_t end = fill[lo];
+      for (int32_t j = first[lo]; j < end; j++) {
+        if (filed[j].otherNode == hi) {
+          found = filed[j].face;
           break;
         }
       }
       if (found >= 0) {
         tf.type[found] = 0;  // met twice: inner
       } else {
-        found = static_cast<int32_t>(tf.a.size());
-        tf.a.push_back(nodeA);
-        tf.b.push_back(nodeB);
-        tf.type.push_back(newFaceType(m.nt[nodeA], m.nt[nodeB]));
-        tf.elem.push_back(e);
-        otherNode[fill[lo]] = hi;
-        faceNo[fill[lo]] = found;
-        fill[lo]++;
+        found = nf++;
+        tf.a[found] = nodeA;
+        tf.b[found] = nodeB;
+        tf.type[found] = newFaceType(m.nt[nodeA], m.nt[nodeB]);
+        tf.elem[found] = e;
+        filed[end] = {hi, found};
+        fill[lo] = end + 1;
       }
       tf.ofEntry[k0 + i] = found;
     }
   }
+  tf.a.resize(nf);
+  tf.b.resize(nf);
+  tf.type.resize(nf);
+  tf.elem.resize(nf);
 }
 
 // Orders the faces of one open boundary along the boundary: from a free end that has the domain
@@ -322,7 +337,7 @@ std::vector<int32_t> walkBoundary(const thMesh2D& m, const TempFaces& tf, const 
 
 template <typename T>
 void alloc(T*& p, int64_t n) {
-  p = new T[n];
+  p = bigarr::newArr<T>(n);
 }
 
 }  // namespace
@@ -343,7 +358,7 @@ void thMesh2D::initFaces() {
   nivf = count[1];
   tnbe = nvf - count[100] - nivf;
   for (int32_t t = 1; t < 101; t++) count[t] += count[t - 1];
-  std::vector<int32_t> finalNo(nvf);
+  bigarr::vector<int32_t> finalNo(nvf);
   std::vector<std::vector<int32_t>> openFaces(99);  // [type] temporary faces of open types
   for (int32_t f = 0; f < nvf; f++) {
     finalNo[f] = count[tf.type[f]]++;
@@ -368,28 +383,51 @@ void thMesh2D::initFaces() {
   alloc(vfn, 2 * static_cast<int64_t>(nvf));
   alloc(nivfpe, noe);
   alloc(nbvfpe, noe);
+  for (int32_t t = 0; t < nvf; t++) {
+    const int32_t f = finalNo[t];
+    vft[f] = tf.type[t];
+    vfn[2 * f] = tf.a[t];
+    vfn[2 * f + 1] = tf.b[t];
+  }
+  // The quicksort moves faces by their types alone, so the order that it leaves for n equal types
+  // is worked out once and serves every element whose faces are all of one type.
+  std::vector<std::vector<int32_t>> equalOrder(maxNodesPerElem + 1);
   for (int32_t e = 0; e < noe; e++) {
     const int32_t n = nonpe[e], k0 = eni[e];
-    nivfpe[e] = 0;
-    nbvfpe[e] = 0;
-    int32_t keys[50], faces[50];
+    int32_t inner = 0, open = 0;
+    int32_t keys[maxNodesPerElem], faces[maxNodesPerElem];
+    bool oneType = true;
     for (int32_t i = 0; i < n; i++) {
       const int32_t t = tf.ofEntry[k0 + i];
-      const int32_t f = finalNo[t];
-      vft[f] = tf.type[t];
-      vfn[2 * f] = tf.a[t];
-      vfn[2 * f + 1] = tf.b[t];
-      if (tf.type[t] == 0)
-        nivfpe[e]++;
-      else if (tf.type[t] < 99)
-        nbvfpe[e]++;
-      keys[i] = tf.type[t];
-      faces[i] = f;
+      const int32_t type = tf.type[t];
+      if (type == 0)
+        inner++;
+      else if (type < 99)
+        open++;
+      keys[i] = type;
+      faces[i] = finalNo[t];
+      oneType = oneType && type == keys[0];
     }
-    int32_t* kp = keys;
-    int32_t* fp = faces;
-    if (n > 0) VCppLib::sortPaired(kp, fp, 0, n - 1);
-    for (int32_t i = 0; i < n; i++) evf[k0 + i] = faces[i];
+    nivfpe[e] = inner;
+    nbvfpe[e] = open;
+    if (n < 1) continue;
+    if (oneType) {
+      std::vector<int32_t>& order = equalOrder[n];
+      if (order.empty()) {
+        std::vector<int32_t> equalKeys(n, 0);
+        order.resize(n);
+        for (int32_t i = 0; i < n; i++) order[i] = i;
+        int32_t* kp = equalKeys.data();
+        int32_t* op = order.data();
+        VCppLib::sortPaired(kp, op, 0, n - 1);
+      }
+      for (int32_t i = 0; i < n; i++) evf[k0 + i] = faces[order[i]];
+    } else {
+      int32_t* kp = keys;
+      int32_t* fp = faces;
+      VCppLib::sortPaired(kp, fp, 0, n - 1);
+      for (int32_t i = 0; i < n; i++) evf[k0 + i] = faces[i];
+    }
   }
 
   // 10. sides
@@ -436,7 +474,7 @@ void thMesh2D::initFaces() {
       const int32_t f = evf[k0 + i];
       int32_t p = 0;
       while (p < n && en[k0 + p] != vfn[2 * f]) p++;
-      if (p < n && en[k0 + (p + 1) % n] == vfn[2 * f + 1]) std::swap(vfn[2 * f], vfn[2 * f + 1]);
+      if (p < n && en[k0 + (p + 1 < n ? p + 1 : 0)] == vfn[2 * f + 1]) std::swap(vfn[2 * f], vfn[2 * f + 1]);
     }
   }
 
@@ -448,7 +486,7 @@ void thMesh2D::initFaces() {
 
 void thMesh2D::initBoundaries() {
   if (tnbe < 1) return;
-  bndElem = new int32_t[tnbe];
+  bndElem = bigarr::newArr<int32_t>(tnbe);
   bndNoFaces = new int32_t[nBnd];
   bndId = new int32_t[nBnd];
   bndFirst = new int32_t[nBnd];

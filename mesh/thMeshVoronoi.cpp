@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "mesh/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshUtil.h"
 #include "support/VGeom.h"
@@ -12,7 +13,7 @@ namespace thalmod {
 using VCppLib::VException;
 
 void thMesh2D::initVoronoi() {
-  eIsAcute = new bool[noe];
+  eIsAcute = bigarr::newArr<bool>(noe);
   isOrthogonal = true;
 
   // Points announced but never filled (a short mesh file) are computed like missing ones.
@@ -33,8 +34,8 @@ void thMesh2D::initVoronoi() {
 
   delete[] eVoronoiX;
   delete[] eVoronoiY;
-  eVoronoiX = new double[noe];
-  eVoronoiY = new double[noe];
+  eVoronoiX = bigarr::newArr<double>(noe);
+  eVoronoiY = bigarr::newArr<double>(noe);
   const double rightAngle = std::atan(1.0) * 4.0 * 0.5;
   for (int32_t e = 0; e < noe; e++) {
     if (nonpe[e] != 3) {
@@ -74,7 +75,7 @@ void thMesh2D::initVoronoi() {
 void thMesh2D::calcAnglesVF() {
   if (anglesVF == nullptr || anglesVFCap < nivf) {
     delete[] anglesVF;
-    anglesVF = new double[nivf > 0 ? nivf : 0];
+    anglesVF = bigarr::newArr<double>(nivf > 0 ? nivf : 0);
     anglesVFCap = nivf;
   }
   for (int32_t f = 0; f < nivf; f++) {
@@ -90,13 +91,13 @@ void thMesh2D::calcAnglesVF() {
 }
 
 void thMesh2D::initFaceGeometry() {
-  vfdx = new double[nvf];
-  vfdy = new double[nvf];
-  vfl = new double[nvf];
-  vfxCoor = new double[nvf];
-  vfyCoor = new double[nvf];
-  vfxNormL = new double[nvf];
-  vfyNormL = new double[nvf];
+  vfdx = bigarr::newArr<double>(nvf);
+  vfdy = bigarr::newArr<double>(nvf);
+  vfl = bigarr::newArr<double>(nvf);
+  vfxCoor = bigarr::newArr<double>(nvf);
+  vfyCoor = bigarr::newArr<double>(nvf);
+  vfxNormL = bigarr::newArr<double>(nvf);
+  vfyNormL = bigarr::newArr<double>(nvf);
   for (int32_t f = 0; f < nvf; f++) {
     const int32_t a = vfn[2 * f], b = vfn[2 * f + 1], e0 = vfe[2 * f];
     const double ax = nxCoor[a], ay = nyCoor[a], bx = nxCoor[b], by = nyCoor[b];
@@ -143,12 +144,12 @@ void thMesh2D::initFaceGeometry() {
 }
 
 void thMesh2D::initFaceDistances() {
-  vfDist = new double[nvf];
-  vfDistInv = new double[nvf];
-  vfDistX = new double[nvf];
-  vfDistY = new double[nvf];
-  vfeDist = new double[2 * static_cast<int64_t>(nvf)];
-  evfDist = new double[nevf];
+  vfDist = bigarr::newArr<double>(nvf);
+  vfDistInv = bigarr::newArr<double>(nvf);
+  vfDistX = bigarr::newArr<double>(nvf);
+  vfDistY = bigarr::newArr<double>(nvf);
+  vfeDist = bigarr::newArr<double>(2 * static_cast<int64_t>(nvf));
+  evfDist = bigarr::newArr<double>(nevf);
 
   // Voronoi points in metres, in the one zone of the mesh
   const double* vxm = eVoronoiX;

@@ -7,7 +7,9 @@
 #include <climits>
 #include <memory>
 #include <utility>
+#include <vector>
 
+#include "mesh/thBigArrays.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -53,20 +55,50 @@ std::string layerTypeEnum2str(layerTypeEnum t) {
 // ---------------------------------------------------------------- arrays and ownership
 
 namespace {
-
 template <typename T>
 void releaseArr(T*& a, bool free) {
   if (free) delete[] a;
   a = nullptr;
 }
 
+// A table of rows (edz, fdz, evfbli, ...) keeps all its rows in one block, and rows[0] is the
+// start of that block: the block goes with the table whichever table pointer holds it, so two
+// tables of one shape may swap places. Rows are never freed one by one.
 template <typename T>
 void releaseRows(T**& rows, int32_t n, bool free) {
   if (free && rows != nullptr) {
-    for (int32_t i = 0; i < n; i++) delete[] rows[i];
+    if (n > 0) delete[] rows[0];
     delete[] rows;
   }
   rows = nullptr;
+}
+
+// A table of nRows rows over one block of `total` entries; the caller points the rows after the
+// first into the block. Entries are not initialised.
+template <typename T>
+T** newRows(int32_t nRows, int64_t total) {
+  std::unique_ptr<T*[]> rows(bigarr::newArr<T*>(nRows));
+  if (nRows > 0) rows[0] = bigarr::newArr<T>(total);
+  return rows.release();
+}
+
+// An array of n entries, set to 0 only when the caller will not set every one of them.
+template <typename T>
+T* newCells(int64_t n, bool zero) {
+  return zero ? bigarr::newZeroArr<T>(n) : bigarr::newArr<T>(n);
+}
+
+// The entries of a thickness row above its bottom cell: row[k] = dz[k] and centres[k-1] the
+// distance between the centres of entries k-1 and k, for k in 1..n-1 (n > 1), from the layer
+// thicknesses dz and the centre distances dzCentre of the layers from the row's bottom layer up.
+// One loop over the short row: the rows are many and a call per row would cost more than the row.
+inline void fillRowAbove(double* row, double* centres, const double* dz, const double* dzCentre, int32_t n) {
+  row[1] = dz[1];
+  centres[0] = row[0] * 0.5 + row[1] * 0.5;
+  for (int32_t k = 2; k < n; k++) {
+    row[k] = dz[k];
+    centres[k - 1] = dzCentre[k];
+  }
 }
 
 template <typename T>
@@ -326,10 +358,10 @@ int32_t thModelInfo::initCells() {
   allocCols = nCols;
 
   // 1, 2: columns and the depth of each layer centre, from the top down.
-  toplayerIdx = new int32_t[nCols]();
-  botlayerIdx = new int32_t[nCols]();
-  ebli = new int32_t[nCols]();
-  etli = new int32_t[nCols]();
+  toplayerIdx = bigarr::newZeroArr<int32_t>(nCols);
+  botlayerIdx = bigarr::newZeroArr<int32_t>(nCols);
+  ebli = bigarr::newZeroArr<int32_t>(nCols);
+  etli = bigarr::newZeroArr<int32_t>(nCols);
   layerDepth = new double[nol]();
   layerDepth[nol - 1] = dz[nol - 1] * 0.5 + topDepth;
   for (int32_t k = nol - 2; k >= 0; k--) layerDepth[k] = dz[k + 1] * 0.5 + layerDepth[k + 1] + dz[k] * 0.5;
@@ -343,8 +375,10 @@ int32_t thModelInfo::initCells() {
 
   // 4, 5: bottom layer of each element, from its layer count or else from its depth.
   const bool enolGiven = enol != nullptr;
-  if (!enolGiven) enol = new int32_t[noe]();
-  int64_t running = 0;  // cells so far, to refuse a model whose count leaves 32 bits
+  if (!enolGiven) enol = bigarr::newZeroArr<int32_t>(noe);
+  int64_t running = 0;      // cells so far, to refuse a model whose count leaves 32 bits
+  int64_t centreRows = 0;   // entries of edzc: max(n-1, 1) per element
+  int64_t faceEntries = 0;  // entries of evfbli
   for (int32_t e = 0; e < noe; e++) {
     etli[e] = nol - 1;
     if (enolGiven && enol[e] > 0) {
@@ -358,100 +392,141 @@ int32_t thModelInfo::initCells() {
       ebli[e] = k < nol ? k : nol - 1;
       enol[e] = nol - ebli[e];
     }
-    running += nol - ebli[e];
+    const int32_t n = nol - ebli[e];
+    running += n;
     if (running > INT32_MAX)
       throw VException("thModelInfo::initCells: the model has more cells than a 32-bit count can hold.");
+    centreRows += n > 1 ? n - 1 : 1;
+    faceEntries += m.nivfpe[e] + m.nbvfpe[e];
     botlayerIdx[e] = e == 0 ? 0 : toplayerIdx[e - 1] + 1;
     toplayerIdx[e] = nol - 1 + botlayerIdx[e] - ebli[e];
   }
 
+  // Centre-to-centre distance of layers l-1 and l, for the rows above a bottom cell; worked out
+  // as the rows do, so that the copies are the very same numbers.
+  std::vector<double> dzCentre(nol, 0.0);
+  for (int32_t l = 1; l < nol; l++) dzCentre[l] = dz[l - 1] * 0.5 + dz[l] * 0.5;
+
   // 6: thickness rows of the elements; the bottom cell is partial.
   allocElemRows = noe;
-  edz = new double*[noe]();
-  edzOld = new double*[noe]();
-  edzc = new double*[noe]();
-  evfbli = new int32_t*[noe]();
+  edz = newRows<double>(noe, running);
+  edzOld = newRows<double>(noe, running);
+  edzc = newRows<double>(noe, centreRows);
+  evfbli = newRows<int32_t>(noe, faceEntries);
   cells = 0;
+  bool dropped = false;  // a bottom cell was dropped: some cell numbers are then not addressed
+  int64_t at = 0, atC = 0;
   for (int32_t e = 0; e < noe; e++) {
     const int32_t n = nol - ebli[e];
-    edz[e] = new double[n]();
-    edzOld[e] = new double[n]();
-    edzc[e] = new double[std::max(n - 1, 1)]();
+    const int32_t nc = n > 1 ? n - 1 : 1;
+    double* ez = edz[0] + at;
+    double* ezc = edzc[0] + atC;
+    edz[e] = ez;
+    edzOld[e] = edzOld[0] + at;
+    edzc[e] = ezc;
+    at += n;
+    atC += nc;
     cells += n;
     const int32_t b = ebli[e];
     const double upperEdge = layerDepth[b] - dz[b] * 0.5;
-    edz[e][0] = elemBathy[e] - upperEdge;
-    if (minBotFrac < 0 && b < nol - 1 && -minBotFrac * dz[b] > edz[e][0]) {
-      // The thin bottom cell is dropped; the counts and row lengths stay as allocated above.
+    ez[0] = elemBathy[e] - upperEdge;
+    if (minBotFrac < 0 && b < nol - 1 && -minBotFrac * dz[b] > ez[0]) {
+      // The thin bottom cell is dropped; the counts and row lengths stay as allocated above, and
+      // the entries that the shorter column leaves are 0.
+      dropped = true;
+      std::fill(ez, ez + n, 0.0);
+      std::fill(ezc, ezc + nc, 0.0);
       const int32_t b1 = b + 1;
       ebli[e] = b1;
       elemBathy[e] = dz[b1] * 0.5 + layerDepth[b1];
-      edz[e][0] = dz[b1];
-    } else if (minBotFrac * dz[b] > edz[e][0]) {
+      ez[0] = dz[b1];
+    } else if (minBotFrac * dz[b] > ez[0]) {
       elemBathy[e] = layerDepth[b] - dz[b] * 0.5 + minBotFrac * dz[b];
-      edz[e][0] = elemBathy[e] - upperEdge;
+      ez[0] = elemBathy[e] - upperEdge;
     }
-    for (int32_t k = 1; k < nol - ebli[e]; k++) {
-      edz[e][k] = dz[ebli[e] + k];
-      edzc[e][k - 1] = edz[e][k - 1] * 0.5 + edz[e][k] * 0.5;
+    const int32_t b2 = ebli[e], n2 = nol - b2;
+    if (n2 > 1) {
+      fillRowAbove(ez, ezc, dz + b2, dzCentre.data() + b2, n2);
+    } else {
+      ezc[0] = ez[0] * 0.5;
     }
-    if (ebli[e] == nol - 1) edzc[e][0] = edz[e][0] * 0.5;
-    std::copy(edz[e], edz[e] + n, edzOld[e]);
   }
+  // The second buffer starts as a copy; its rows lie in its block as those of edz in theirs.
+  if (noe > 0) std::copy(edz[0], edz[0] + running, edzOld[0]);
 
   // 7: ghost columns outside the open boundary faces.
+  int64_t ghostCells = 0;  // cells of the ghost columns, against the cells of the boundaries below
   for (int32_t j = 0; j < tnbe; j++) {
     const int32_t i = noe + j;
     ebli[i] = ebli[m.bndElem[j]];
     etli[i] = nol - 1;
     botlayerIdx[i] = i == 0 ? 0 : toplayerIdx[i - 1] + 1;
     toplayerIdx[i] = nol - 1 + botlayerIdx[i] - ebli[i];
+    ghostCells += nol - ebli[i];
   }
 
-  // 8, 9: faces and their U-points.
+  // 8, 9: faces and their U-points; first the layers and numbers, then the thickness rows.
   totNoUvf = nivf + (bndFacesOn ? tnbe : 0);
-  allocFaceRows = totNoUvf;
-  fdz = new double*[totNoUvf]();
-  fdzOld = new double*[totNoUvf]();
-  fdzc = new double*[totNoUvf]();
-  fbli = new int32_t[totNoUvf]();
-  ftli = new int32_t[totNoUvf]();
-  fUIdx = new int32_t[totNoUvf]();
-  fLayerOff = new int32_t[2 * totNoUvf]();
+  fbli = bigarr::newArr<int32_t>(totNoUvf);
+  ftli = bigarr::newArr<int32_t>(totNoUvf);
+  fUIdx = bigarr::newArr<int32_t>(totNoUvf);
+  fLayerOff = bigarr::newArr<int32_t>(2 * static_cast<int64_t>(totNoUvf));
   int64_t uInner = 0, uBnd = 0;  // U-points so far, checked against the 32-bit count
+  int64_t faceCentreRows = 0;
   for (int32_t f = 0; f < totNoUvf; f++) {
     const int32_t e0 = m.vfe[2 * f], e1 = m.vfe[2 * f + 1];
     ftli[f] = nol - 1;
     if (uInner + uBnd + nol > INT32_MAX)
       throw VException("thModelInfo::initCells: the model has more U-points than a 32-bit count can hold.");
     fUIdx[f] = static_cast<int32_t>(uInner + uBnd);
-    double bottom;
     if (f < nivf) {
       fbli[f] = std::max(ebli[e0], ebli[e1]);
       uInner += nol - fbli[f];
       fLayerOff[2 * f] = fbli[f] - ebli[e0];
       fLayerOff[2 * f + 1] = fbli[f] - ebli[e1];
+    } else {
+      fbli[f] = ebli[e0];
+      uBnd += nol - fbli[f];
+      fLayerOff[2 * f] = 0;
+      fLayerOff[2 * f + 1] = 0;
+    }
+    faceCentreRows += fbli[f] < nol - 1 ? nol - fbli[f] - 1 : 1;
+  }
+  allocFaceRows = totNoUvf;
+  fdz = newRows<double>(totNoUvf, uInner + uBnd);
+  fdzOld = newRows<double>(totNoUvf, uInner + uBnd);
+  fdzc = newRows<double>(totNoUvf, faceCentreRows);
+  at = 0;
+  atC = 0;
+  for (int32_t f = 0; f < totNoUvf; f++) {
+    const int32_t e0 = m.vfe[2 * f], e1 = m.vfe[2 * f + 1];
+    double bottom;
+    if (f < nivf) {
       // The side with the higher bottom layer has its partial cell in the face's bottom layer.
       if (ebli[e0] == ebli[e1])
         bottom = std::min(edz[e0][0], edz[e1][0]);
       else
         bottom = ebli[e0] > ebli[e1] ? edz[e0][0] : edz[e1][0];
     } else {
-      fbli[f] = ebli[e0];
-      uBnd += nol - fbli[f];
       bottom = edz[e0][0];
     }
-    const int32_t n = nol - fbli[f];
-    fdz[f] = new double[n]();
-    fdzOld[f] = new double[n]();
-    fdzc[f] = new double[std::max(n - 1, 1)]();
-    fdz[f][0] = fdzOld[f][0] = bottom;
-    for (int32_t k = 1; k < n; k++) {
-      fdz[f][k] = fdzOld[f][k] = dz[fbli[f] + k];
-      fdzc[f][k - 1] = fdz[f][k - 1] * 0.5 + fdz[f][k] * 0.5;
+    const int32_t b = fbli[f], n = nol - b;
+    double* fz = fdz[0] + at;
+    double* fc = fdzc[0] + atC;
+    fdz[f] = fz;
+    fdzOld[f] = fdzOld[0] + at;
+    fdzc[f] = fc;
+    at += n;
+    atC += n > 1 ? n - 1 : 1;
+    fz[0] = bottom;
+    if (n > 1) {
+      fillRowAbove(fz, fc, dz + b, dzCentre.data() + b, n);
+    } else {
+      fc[0] = fz[0] * 0.5;
     }
-    if (fbli[f] == nol - 1) fdzc[f][0] = fdz[f][0] * 0.5;
   }
+
+  if (totNoUvf > 0) std::copy(fdz[0], fdz[0] + uInner + uBnd, fdzOld[0]);
 
   noUInner = static_cast<int32_t>(uInner);
   noUBnd = static_cast<int32_t>(uBnd);
@@ -471,46 +546,60 @@ int32_t thModelInfo::initCells() {
   totNoBndCells = static_cast<int32_t>(allCells64 - cells);
   totNoUPnts = noUInner + noUBnd;
 
-  // 11: per-cell arrays of the computational cells, and the bottom layer of each element face.
+  // 11: per-cell arrays of the computational cells, the top cell of each (13), and the bottom
+  // layer of each element face. The columns fill every cell unless a bottom cell was dropped or
+  // the boundaries count other ghost cells than the ghost columns hold; then the cells that no
+  // column reaches are 0.
   const int32_t allCells = cells + totNoBndCells;
-  cell2elem = new int32_t[allCells]();
-  cell2layer = new int32_t[allCells]();
-  cellVol = new double[cells]();
-  cellDepth = new double[cells]();
+  const bool everyCell = !dropped && ghostCells == totNoBndCells;
+  cell2elem = newCells<int32_t>(allCells, !everyCell);
+  cell2layer = newCells<int32_t>(allCells, !everyCell);
+  cellVol = newCells<double>(cells, !everyCell);
+  cellDepth = newCells<double>(cells, !everyCell);
+  cellTop = newCells<int32_t>(allCells, !everyCell);
+  int64_t atF = 0;
   for (int32_t e = 0; e < noe; e++) {
-    const int32_t b = ebli[e];
-    for (int32_t k = 0; k < nol - b; k++) {
-      const int32_t c = botlayerIdx[e] + k;
-      cellVol[c] = edz[e][k] * m.eArea[e];
+    const int32_t b = ebli[e], n = nol - b, c0 = botlayerIdx[e];
+    const int32_t top = etli[e] - b + c0;
+    const double area = m.eArea[e];
+    const double* ez = edz[e];
+    for (int32_t k = 0; k < n; k++) {
+      const int32_t c = c0 + k;
+      cellVol[c] = ez[k] * area;
       cell2elem[c] = e;
       cell2layer[c] = b + k;
-      cellDepth[c] = k >= 1 ? layerDepth[b + k] : layerDepth[b] - dz[b] * 0.5 + edz[e][0] * 0.5;
+      cellTop[c] = top;
+      cellDepth[c] = layerDepth[b + k];
     }
+    cellDepth[c0] = layerDepth[b] - dz[b] * 0.5 + ez[0] * 0.5;  // the centre of the partial bottom cell
     const int32_t nf = m.nivfpe[e] + m.nbvfpe[e];
-    evfbli[e] = new int32_t[nf]();
+    int32_t* row = evfbli[0] + atF;
+    evfbli[e] = row;
+    atF += nf;
+    const int32_t* faces = m.evf + m.eni[e];
     for (int32_t j = 0; j < nf; j++) {
-      const int32_t f = m.evf[m.eni[e] + j];
+      const int32_t f = faces[j];
       // Without boundary faces in the face list, an open face still reaches down to its element's bottom.
-      evfbli[e][j] = (f >= 0 && f < totNoUvf) ? fbli[f] : ebli[e];
+      row[j] = (f >= 0 && f < totNoUvf) ? fbli[f] : b;
     }
   }
 
   // 12: ghost cells.
   for (int32_t j = 0; j < tnbe; j++) {
     const int32_t i = noe + j;
+    const int32_t top = etli[i] - ebli[i] + botlayerIdx[i];
     for (int32_t k = 0; k < nol - ebli[i]; k++) {
       const int32_t c = botlayerIdx[i] + k;
       if (c >= allCells) throw VException("Bugger! bnd cell2elem error 42. " + thGlobal::errTail);
       cell2elem[c] = i;
       cell2layer[c] = ebli[i] + k;
+      cellTop[c] = top;
     }
   }
 
-  // 13, 14
-  cellTop = new int32_t[allCells]();
-  fillCellTop();
-  cellGroup = new int32_t[allCells]();
-  cellSeq = new int32_t[allCells];
+  // 14
+  cellGroup = bigarr::newZeroArr<int32_t>(allCells);
+  cellSeq = bigarr::newArr<int32_t>(allCells);
   for (int32_t c = 0; c < allCells; c++) cellSeq[c] = c;
 
   // 15

@@ -72,6 +72,9 @@ class thModelInfo {
   int32_t* etliOld = nullptr;     // by element: etli of the previous timestep (wet/dry runs)
   int32_t* fbli = nullptr;        // by face (0..totNoUvf-1): bottom layer
   int32_t* ftli = nullptr;        // by face: top layer
+  // The tables of rows below (fdz ... edzc, evfbli) keep all rows of a table in one block that
+  // starts at row 0: a row is never freed or replaced on its own, while whole tables of one shape
+  // (edz and edzOld, fdz and fdzOld) may swap places.
   double** fdz = nullptr;         // by face: thickness of each layer from fbli up (nol-fbli entries)
   double** fdzOld = nullptr;      // by face: second buffer of fdz
   double** fdzc = nullptr;        // by face: distance between layer centres k and k+1 (at least 1 entry)

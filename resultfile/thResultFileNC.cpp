@@ -27,6 +27,7 @@
 #include <memory>
 #include <string>
 
+#include "mesh/thBigArrays.h"
 #include "resultfile/thResultFile.h"
 #include "support/VStr.h"
 
@@ -86,6 +87,19 @@ class ncSchema {
     T* data = nullptr;
     f.getVarData<T>(varid, data);
     return std::unique_ptr<T[]>(data);
+  }
+
+  // The whole of a one-dimensional variable of T's own type and `len` values, into an array of
+  // that length; the whole-variable read above would make and clear a block four times as large.
+  // The array is cleared first, so that a failed read leaves zeros as that read does.
+  template <typename T>
+  std::unique_ptr<T[]> readExact(int32_t varid, int32_t len) {
+    std::unique_ptr<T[]> data(thalmod::bigarr::newZeroArr<T>(len));
+    size_t start[1] = {0};
+    size_t count[1] = {static_cast<size_t>(std::max(len, 0))};
+    T* p = data.get();
+    if (len > 0) f.getData<T>(varid, p, start, count);
+    return data;
   }
 
  private:
@@ -168,17 +182,17 @@ void thResultFile::readHeaderNC() {
   // All arrays are read and checked before any of them is handed to the model, so that a bad
   // file leaves nothing half-owned behind.
   auto time = s.read<int64_t>(vTime);
-  auto bathy = s.read<double>(vBathy);
+  auto bathy = s.readExact<double>(vBathy, noe);
   std::unique_ptr<int32_t[]> enol;
-  if (vLayers >= 0) enol = s.read<int32_t>(vLayers);
+  if (vLayers >= 0) enol = s.readExact<int32_t>(vLayers, noe);
   auto dz = s.read<double>(vDz);
-  auto x = s.read<double>(vX);
-  auto y = s.read<double>(vY);
-  auto types = s.read<int32_t>(vType);
-  auto vorX = s.read<double>(vVorX);
-  auto vorY = s.read<double>(vVorY);
-  auto nonpe = s.read<int32_t>(vNonpe);
-  auto conn = s.read<int32_t>(vConn);
+  auto x = s.readExact<double>(vX, non);
+  auto y = s.readExact<double>(vY, non);
+  auto types = s.readExact<int32_t>(vType, non);
+  auto vorX = s.readExact<double>(vVorX, noe);
+  auto vorY = s.readExact<double>(vVorY, noe);
+  auto nonpe = s.readExact<int32_t>(vNonpe, noe);
+  auto conn = s.readExact<int32_t>(vConn, nevf);
 
   int64_t totNodes = 0;
   for (int32_t e = 0; e < noe; ++e) {
