@@ -1,7 +1,10 @@
-// CDL texts of the NetCDF fixtures of the VNetCdf tests, and the formulas of their values.
+// CDL texts and writers of the NetCDF fixtures of the VNetCdf tests, and the formulas of their values.
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "testutil/thTestUtil.h"
 
 namespace ncTest {
 
@@ -18,6 +21,14 @@ inline double f4v(int k) { return -0.5 * (k + 1); }   // float  f4(time, layers,
 inline double d4v(int k) { return 1000.0 + k; }       // double d4(...)
 inline int s4v(int k) { return -(k + 1); }            // short  s4(...)
 inline int i4v(int k) { return 1000000 * (k + 1); }   // int    i4(...)
+
+// Values f(from) .. f(from + n - 1) in the type T.
+template <typename T, typename F>
+std::vector<T> values(int n, F f, int from = 0) {
+  std::vector<T> v;
+  for (int k = from; k < from + n; ++k) v.push_back(static_cast<T>(f(k)));
+  return v;
+}
 
 template <typename F>
 std::string cdlList(int n, F f) {
@@ -61,5 +72,19 @@ inline std::string modelCdl() {
          "  plain = 1, 2, 3, 4 ;\n"
          "}\n";
 }
+
+// Writes a file of the given kind ("classic", "64-bit-offset", "cdf5", "nc4") from CDL through ncgen.
+inline void ncgenKind(const std::string& cdl, const std::string& path, const std::string& kind) {
+  thTest::writeText(path + ".cdl", cdl);
+  ASSERT_EQ(thTest::runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + path + "' '" + path + ".cdl'"),
+            0) << kind;
+}
+
+// The model-like file, written into a fresh folder.
+struct ModelFile {
+  thTest::TempDir dir;
+  std::string path = dir.file("model.nc");
+  ModelFile() { thTest::ncgen(modelCdl(), path); }
+};
 
 }  // namespace ncTest

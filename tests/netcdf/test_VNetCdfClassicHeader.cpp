@@ -2,11 +2,13 @@
 // does not fit the 32-bit counts of VNetCdf are refused instead of overrunning the caller's array.
 #include <netcdf.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "netcdf/VNetCdf.h"
 #include "netcdf/VNetCdfClassicCheck.h"
+#include "netcdf/ncTestFiles.h"
 #include "testutil/thTestUtil.h"
 
 using VCppLib::VNetCdf;
@@ -17,8 +19,7 @@ namespace {
 // given, one float variable over the listed dimension ids, then its data.
 struct ClassicFile {
   std::string dimName = "x";
-  uint32_t dimLen = 2;
-  uint32_t dimCount = 1;
+  uint32_t dimLen = 2, dimCount = 1;
   std::string varName = "v";
   std::vector<uint32_t> varDims = {0};
   uint32_t varType = NC_FLOAT;
@@ -35,24 +36,16 @@ struct ClassicFile {
   }
   std::vector<uint8_t> bytes() {
     b = {'C', 'D', 'F', 1};
-    be(0);  // numrecs
-    be(0x0A);
-    be(dimCount);
-    name(dimName);
-    be(dimLen);
+    be(0), be(0x0A), be(dimCount);  // no records; the dimension list
+    name(dimName), be(dimLen);
     if (gattName.empty()) {
       be(0), be(0);
     } else {
       be(0x0C), be(1), name(gattName), be(NC_INT), be(1), be(7);
     }
-    be(0x0B);
-    be(1);
-    name(varName);
-    be(static_cast<uint32_t>(varDims.size()));
+    be(0x0B), be(1), name(varName), be(static_cast<uint32_t>(varDims.size()));
     for (uint32_t d : varDims) be(d);
-    be(0), be(0);  // no attributes
-    be(varType);
-    be(4 * dimLen);              // vsize
+    be(0), be(0), be(varType), be(4 * dimLen);  // no attributes; type and vsize
     be(static_cast<uint32_t>(b.size() + 4));  // begin: the data follow the header
     for (uint32_t k = 0; k < dimLen; ++k) be(0x3FC00000u + (k << 21));  // 1.5, 1.75 as floats
     return b;
@@ -81,62 +74,43 @@ TEST(VNetCdfClassicHeader, SoundHeadersOpen) {
   EXPECT_EQ(nc.getDimLen(f.dimName), 2);
   float* v = nullptr;
   ASSERT_EQ(nc.getVarData<float>(0, v), 2);
-  EXPECT_EQ(v[0], 1.5f);
-  EXPECT_EQ(v[1], 1.75f);
-  delete[] v;
+  std::unique_ptr<float[]> own(v);
+  EXPECT_EQ(std::vector<float>(v, v + 2), (std::vector<float>{1.5f, 1.75f}));
   // files of the three classic kinds as ncgen writes them, and a NetCDF-4 file, pass the check
-  std::string cdl = "netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
-                    " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
-                    "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
-                    "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n";
-  thTest::writeText(dir.file("k.cdl"), cdl);
   for (const char* kind : {"classic", "64-bit-offset", "cdf5", "nc4"}) {
-    std::string nc4 = dir.file(std::string(kind) + ".nc");
-    ASSERT_EQ(thTest::runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + nc4 + "' '" +
-                                 dir.file("k.cdl") + "'"),
-              0);
-    EXPECT_EQ(VCppLib::classicHeaderStatus(nc4), NC_NOERR) << kind;
-    EXPECT_EQ(VNetCdf(nc4, false).nvars, 4) << kind;
+    std::string file = dir.file(std::string(kind) + ".nc");
+    ncTest::ncgenKind("netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
+                      " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
+                      "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
+                      "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n",
+                      file, kind);
+    EXPECT_EQ(VCppLib::classicHeaderStatus(file), NC_NOERR) << kind;
+    EXPECT_EQ(VNetCdf(file, false).nvars, 4) << kind;
   }
 }
 
 TEST(VNetCdfClassicHeader, DamagedHeadersAreRefused) {
   thTest::TempDir dir;
-  int n = 0;
-  auto check = [&](ClassicFile f, int code) {
-    std::string path = dir.file("bad" + std::to_string(n++) + ".nc");
-    thTest::writeBytes(path, f.bytes());
-    EXPECT_EQ(refusal(path), nc_strerror(code)) << path;
-  };
-  // names longer than the library's limit, which the library would copy whole into a name buffer
-  ClassicFile longDim;
+  std::string path = dir.file("bad.nc");
+  // Names longer than the library's limit, which the library would copy whole into a name buffer.
+  ClassicFile longDim, longVar, longAtt, manyDims, wide, badId, badType;
   longDim.dimName = std::string(300, 'd');
-  check(longDim, NC_EMAXNAME);
-  ClassicFile longVar;
   longVar.varName = std::string(NC_MAX_NAME + 1, 'v');
-  check(longVar, NC_EMAXNAME);
-  ClassicFile longAtt;
   longAtt.gattName = std::string(1000, 'a');
-  check(longAtt, NC_EMAXNAME);
-  // a count of two billion dimensions in a file of a hundred bytes
-  ClassicFile manyDims;
-  manyDims.dimCount = 0x7E000001;
-  check(manyDims, NC_ENOTNC);
-  // more dimensions for one variable than an id array holds, and an id that does not exist
-  ClassicFile wide;
-  wide.varDims.assign(2000, 0);
-  check(wide, NC_EMAXDIMS);
-  ClassicFile badId;
+  manyDims.dimCount = 0x7E000001;  // two billion dimensions in a file of a hundred bytes
+  wide.varDims.assign(2000, 0);    // more dimensions for one variable than an id array holds
   badId.varDims = {5};
-  check(badId, NC_EBADDIM);
-  ClassicFile badType;
   badType.varType = NC_UINT;  // a CDF-5 type in a CDF-1 file
-  check(badType, NC_EBADTYPE);
-
-  // cut anywhere inside the header: refused, never a crash
+  const std::pair<ClassicFile*, int> bad[] = {{&longDim, NC_EMAXNAME}, {&longVar, NC_EMAXNAME},
+      {&longAtt, NC_EMAXNAME}, {&manyDims, NC_ENOTNC}, {&wide, NC_EMAXDIMS}, {&badId, NC_EBADDIM},
+      {&badType, NC_EBADTYPE}};
+  for (auto [f, code] : bad) {
+    thTest::writeBytes(path, f->bytes());
+    EXPECT_EQ(refusal(path), nc_strerror(code)) << code;
+  }
+  // Cut anywhere inside the header: refused, never a crash.
   std::vector<uint8_t> whole = ClassicFile().bytes();
   for (size_t keep = 4; keep + 8 < whole.size(); ++keep) {
-    std::string path = dir.file("cut.nc");
     thTest::writeBytes(path, std::vector<uint8_t>(whole.begin(), whole.begin() + keep));
     EXPECT_NE(refusal(path), "opened") << keep;
   }

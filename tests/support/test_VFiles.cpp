@@ -1,121 +1,74 @@
 #include "support/VFiles.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <iostream>
 
-#include "support/VDT.h"
 #include "support/VStr.h"
 #include "testutil/thTestUtil.h"
 
 using namespace VCppLib;
 
-TEST(VFiles, FileNameParts) {
-  EXPECT_EQ(dirPart("a\\b\\c.txt"), "a\\b");
-  EXPECT_EQ(dirPart("c.txt"), "");
-  EXPECT_EQ(dirPart("/tmp/x/c.txt"), "/tmp/x");
-  EXPECT_EQ(dirPart("a/b\\c"), "a/b");
-  EXPECT_EQ(fileName("a\\b\\c.txt"), "c.txt");
-  EXPECT_EQ(fileName("a/b/c.txt"), "c.txt");
-  EXPECT_EQ(fileName("c.txt"), "c.txt");
-  EXPECT_EQ(fileName("dir\\"), "");
-  EXPECT_EQ(baseName("a\\b\\run.v1.nc"), "run.v1");
-  EXPECT_EQ(baseName("a.d/run"), "run");
-  EXPECT_EQ(baseName(""), "");
-  EXPECT_EQ(extPart("a\\run.nc"), "nc");
-  EXPECT_EQ(extPart("run"), "run");
-  EXPECT_EQ(extPart("run."), "");
-  EXPECT_EQ(setExt("run.nc", "emb"), "run.emb");
-  EXPECT_EQ(setExt("run", "emb"), "run.emb");
-  EXPECT_EQ(setExt("run.", "emb"), "run..emb");  // a point as the last character stays
-  EXPECT_EQ(insertBeforeExt("run.nc", "_1"), "run_1.nc");
-  EXPECT_EQ(insertBeforeExt("run", "_1"), "run");
-  EXPECT_EQ(insertBeforeExt(".nc", "_1"), ".nc");
-  EXPECT_EQ(insertBeforeExt("a/b.c/run.nc", "_1"), "a/b.c/run_1.nc");
-  EXPECT_EQ(addBackslash("dir"), "dir\\");
-  EXPECT_EQ(addBackslash("dir\\"), "dir\\");
-  EXPECT_EQ(addBackslash("dir/"), "dir/");
-  EXPECT_EQ(addBackslash(""), "");
-}
-
-TEST(VFiles, Sizes) {
-  EXPECT_EQ(sizeToStr(0), "0 bytes");
-  EXPECT_EQ(sizeToStr(1023), "1023 bytes");
-  EXPECT_EQ(sizeToStr(1024), "1 KB");
-  EXPECT_EQ(sizeToStr(1536), "1 KB");
-  EXPECT_EQ(sizeToStr(1048576), "1 MB");
-  EXPECT_EQ(sizeToStr(1048575), "1023 KB");
-  EXPECT_EQ(sizeToStr(2147483647), "1 GB");
-  EXPECT_EQ(sizeToStr(-5), "-5 bytes");
-  EXPECT_EQ(parseSize("1.5 KB"), 1536u);
-  EXPECT_EQ(parseSize("2 tb"), 2199024000000u);
-  EXPECT_EQ(parseSize("10"), 10u);
-  EXPECT_EQ(parseSize("3mb"), 3145728u);
-  EXPECT_EQ(parseSize("1 G B"), 1073741824u);
-  EXPECT_EQ(parseSize("1 pb"), 1125900000000000u);
-  EXPECT_EQ(parseSize("kb"), 0u);  // atof of a text without a number
-  EXPECT_EQ(parseSize(""), 0u);
-  EXPECT_EQ(parseSize("-5 kb"), 0u);
-  EXPECT_EQ(parseSize("1e30 pb"), UINT64_MAX);
+TEST(VFiles, FileNamePartsAndSizes) {
+  const std::pair<std::string, std::string> names[] = {
+      {dirPart("a\\b\\c.txt"), "a\\b"}, {dirPart("c.txt"), ""}, {dirPart("/tmp/x/c.txt"), "/tmp/x"},
+      {dirPart("a/b\\c"), "a/b"}, {fileName("a\\b\\c.txt"), "c.txt"}, {fileName("a/b/c.txt"), "c.txt"},
+      {fileName("c.txt"), "c.txt"}, {fileName("dir\\"), ""}, {baseName("a\\b\\run.v1.nc"), "run.v1"},
+      {baseName("a.d/run"), "run"}, {baseName(""), ""}, {extPart("a\\run.nc"), "nc"},
+      {extPart("run"), "run"}, {extPart("run."), ""}, {setExt("run.nc", "emb"), "run.emb"},
+      {setExt("run", "emb"), "run.emb"}, {setExt("run.", "emb"), "run..emb"},  // a last point stays
+      {insertBeforeExt("run.nc", "_1"), "run_1.nc"}, {insertBeforeExt("run", "_1"), "run"},
+      {insertBeforeExt(".nc", "_1"), ".nc"}, {insertBeforeExt("a/b.c/run.nc", "_1"), "a/b.c/run_1.nc"},
+      {addBackslash("dir"), "dir\\"}, {addBackslash("dir\\"), "dir\\"}, {addBackslash("dir/"), "dir/"},
+      {addBackslash(""), ""}, {sizeToStr(0), "0 bytes"}, {sizeToStr(1023), "1023 bytes"},
+      {sizeToStr(1024), "1 KB"}, {sizeToStr(1536), "1 KB"}, {sizeToStr(1048576), "1 MB"},
+      {sizeToStr(1048575), "1023 KB"}, {sizeToStr(2147483647), "1 GB"}, {sizeToStr(-5), "-5 bytes"}};
+  for (const auto& [got, want] : names) EXPECT_EQ(got, want);
+  // "tb" and "pb" are rounded decimals, not powers of 1024.
+  const std::pair<const char*, uint64_t> sizes[] = {
+      {"1.5 KB", 1536}, {"2 tb", 2199024000000}, {"10", 10}, {"3mb", 3145728}, {"1 G B", 1073741824},
+      {"1 pb", 1125900000000000}, {"kb", 0}, {"", 0}, {"-5 kb", 0}, {"1e30 pb", UINT64_MAX}};
+  for (auto [s, n] : sizes) EXPECT_EQ(parseSize(s), n) << s;
 }
 
 TEST(VFiles, WholeFiles) {
   thTest::TempDir dir;
-  std::string f = dir.file("t.txt");
-  EXPECT_EQ(writeTextFile(f, "first\n", false), 0);
-  EXPECT_EQ(writeTextFile(f, "second\n", true), 0);
+  std::string f = dir.file("t.txt"), missing = dir.file("missing"), b = dir.file("b"), c = dir.file("c");
+  EXPECT_EQ(writeTextFile(f, "first\n", false) + writeTextFile(f, "second\n", true), 0);
   EXPECT_EQ(readFileToString(f), "first\nsecond\n");
   EXPECT_EQ(writeTextFile(f, "new", false), 0);  // replaces the contents
   EXPECT_EQ(readFileToString(f), "new");
   EXPECT_EQ(writeTextFile(dir.file("no/such/dir.txt"), "x", false), -1);
-  std::string bin = dir.file("b.bin");
-  thTest::writeBytes(bin, {0, 1, 0, 255});
-  EXPECT_EQ(readFileToString(bin), std::string("\0\1\0\xff", 4));
-  EXPECT_EQ(readFileToString(dir.file("missing")), "");
-  EXPECT_EQ(readFileToString(dir.path()), "");
+  EXPECT_EQ(readFileToString(missing) + readFileToString(dir.path()), "");
   EXPECT_TRUE(fileExists(f));
-  EXPECT_FALSE(fileExists(dir.file("missing")));
-  EXPECT_FALSE(fileExists(dir.path()));
-  EXPECT_FALSE(fileExists(""));
+  EXPECT_FALSE(fileExists(missing) || fileExists(dir.path()) || fileExists(""));
   EXPECT_EQ(fileSize(f), 3);
-  EXPECT_EQ(fileSize(dir.file("missing")), 0);
-  EXPECT_GT(fileModTime(f), 1500000000);
-  EXPECT_GT(fileCreateTime(f), 1500000000);
-  EXPECT_EQ(fileModTime(dir.file("missing")), 0);
-  EXPECT_EQ(fileCreateTime(dir.file("missing")), 0);
-  copyFile(bin, dir.file("c.bin"));
-  EXPECT_EQ(readFileToString(dir.file("c.bin")), std::string("\0\1\0\xff", 4));
-  copyFile(dir.file("missing"), dir.file("d.bin"));  // nothing happens
-  EXPECT_FALSE(fileExists(dir.file("d.bin")));
-  // More than one 512-byte block.
-  std::string big(1300, 'q');
-  writeTextFile(dir.file("big"), big);
-  copyFile(dir.file("big"), dir.file("big2"));
-  EXPECT_EQ(readFileToString(dir.file("big2")), big);
-  EXPECT_EQ(renameFile(dir.file("c.bin"), dir.file("e.bin")), 0);
-  EXPECT_TRUE(fileExists(dir.file("e.bin")));
-  EXPECT_NE(renameFile(dir.file("c.bin"), dir.file("f.bin")), 0);
-  EXPECT_EQ(deleteFile(dir.file("e.bin")), 0);
-  EXPECT_FALSE(fileExists(dir.file("e.bin")));
-  EXPECT_EQ(deleteFile(dir.file("e.bin")), -1);
-  ASSERT_TRUE(makeDir(dir.file("sub")));
-  EXPECT_EQ(deleteFile(dir.file("sub")), -1);  // a directory is not removed
-  EXPECT_TRUE(isDir(dir.file("sub")));
+  EXPECT_TRUE(fileModTime(f) > 1500000000 && fileCreateTime(f) > 1500000000);
+  EXPECT_EQ(fileSize(missing) + fileModTime(missing) + fileCreateTime(missing), 0);
+  // Binary bytes, and more than one 512-byte block.
+  std::string bytes = std::string("\0\1\0\xff", 4) + std::string(1300, 'q');
+  thTest::writeText(b, bytes);
+  EXPECT_EQ(readFileToString(b), bytes);
+  copyFile(b, c);
+  EXPECT_EQ(readFileToString(c), bytes);
+  copyFile(missing, dir.file("d"));  // nothing happens
+  EXPECT_FALSE(fileExists(dir.file("d")));
+  EXPECT_EQ(renameFile(c, dir.file("e")), 0);
+  EXPECT_TRUE(fileExists(dir.file("e")));
+  EXPECT_NE(renameFile(c, dir.file("f")), 0);
+  EXPECT_EQ(deleteFile(dir.file("e")), 0);
+  EXPECT_FALSE(fileExists(dir.file("e")));
+  EXPECT_EQ(deleteFile(dir.file("e")), -1);
 }
 
 TEST(VFiles, Directories) {
   thTest::TempDir dir;
-  EXPECT_TRUE(makeDir(dir.file("beta")));
-  EXPECT_TRUE(makeDir(dir.file("beta")));  // already there
-  EXPECT_TRUE(makeDir(dir.file("alpha.d")));
-  EXPECT_TRUE(makeDir(dir.file("gamma")));
+  EXPECT_TRUE(makeDir(dir.file("beta")) && makeDir(dir.file("beta")));  // the second: already there
+  EXPECT_TRUE(makeDir(dir.file("alpha.d")) && makeDir(dir.file("gamma")));
   EXPECT_FALSE(makeDir(dir.file("x/y/z")));
+  EXPECT_EQ(deleteFile(dir.file("beta")), -1);  // a directory is not removed
   thTest::writeText(dir.file("file.txt"), "x");
-  EXPECT_TRUE(isDir(dir.path()));
-  EXPECT_FALSE(isDir(dir.file("file.txt")));
-  EXPECT_FALSE(isDir(dir.file("missing")));
+  EXPECT_TRUE(isDir(dir.path()) && isDir(dir.file("beta")));
+  EXPECT_FALSE(isDir(dir.file("file.txt")) || isDir(dir.file("missing")));
   using V = std::vector<std::string>;
   EXPECT_EQ(listDirs(dir.path()), (V{"alpha.d", "beta", "gamma"}));
   EXPECT_EQ(listDirs(dir.path(), "*.d"), (V{"alpha.d"}));
@@ -124,7 +77,6 @@ TEST(VFiles, Directories) {
   std::string before = currentDir();
   ASSERT_FALSE(before.empty());
   changeDir(dir.file("gamma"));
-  EXPECT_EQ(currentDir(), dir.file("gamma"));
   changeDir(dir.file("missing"));  // stays where it was
   EXPECT_EQ(currentDir(), dir.file("gamma"));
   changeDir(before);
@@ -133,9 +85,8 @@ TEST(VFiles, Directories) {
 
 TEST(VFiles, Log) {
   thTest::TempDir dir;
-  std::string savedName = logFileName;
+  std::string savedName = logFileName, log = dir.file("work.log");
   int32_t savedLevel = logLevel;
-  std::string log = dir.file("work.log");
   thTest::writeText(log, "old entry\n");
   openLog(log, false);  // an old log is removed
   EXPECT_FALSE(fileExists(log));
@@ -143,28 +94,21 @@ TEST(VFiles, Log) {
   logLevel = 0;
   logMessage("opened");
   logMessage("closed");
-  std::string text = readFileToString(log);
-  std::vector<std::string> lines;
-  for (size_t p = 0, q; (q = text.find('\n', p)) != std::string::npos; p = q + 1) lines.push_back(text.substr(p, q - p));
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0].size(), 14u + 1 + 6);
-  EXPECT_EQ(lines[0].substr(14), " opened");
-  EXPECT_TRUE(VCppLib::VStr::isInteger(lines[0].substr(0, 14)));
-  EXPECT_EQ(lines[1].substr(14), " closed");
   logLevel = -1;  // off
   logMessage("hidden");
-  EXPECT_EQ(readFileToString(log), text);
-  // Kept: the old log moves aside under a time-stamped name.
+  // Two lines: a 14-digit time stamp, a blank and the text.
+  std::string text = readFileToString(log);
+  ASSERT_EQ(text.size(), 2 * (14u + 1 + 6 + 1)) << text;
+  EXPECT_TRUE(VStr::isInteger(text.substr(0, 14)));
+  EXPECT_EQ(text.substr(14, 8) + text.substr(22 + 14), " opened\n closed\n");
+  // Kept: the old log moves aside as work<time stamp>.log, the only file in the folder now.
   openLog(log, true);
   EXPECT_FALSE(fileExists(log));
-  // The renamed file is work<time stamp>.log, the only file in the folder now.
   std::string listing;
   thTest::runCommand("ls " + dir.path(), &listing);
-  EXPECT_NE(listing.find(".log"), std::string::npos);
-  EXPECT_EQ(listing.find("work.log"), std::string::npos);
-  std::string renamed = dir.file(listing.substr(0, listing.find('\n')));
-  EXPECT_EQ(readFileToString(renamed), text);
-  EXPECT_EQ(fileName(renamed).size(), 4u + 14 + 4);
+  EXPECT_EQ(listing.size(), 4u + 14 + 4 + 1) << listing;
+  EXPECT_EQ(listing.substr(0, 4) + listing.substr(18), "work.log\n");
+  EXPECT_EQ(readFileToString(dir.file(listing.substr(0, 22))), text);
   logFileName = "";
   logLevel = 0;
   logMessage("nowhere");  // no log file set: nothing happens
@@ -174,23 +118,17 @@ TEST(VFiles, Log) {
 
 TEST(VFiles, CaptureStdout) {
   EXPECT_EQ(captureStdoutStart(1), nullptr);
+  EXPECT_EQ(captureStdoutEnd(nullptr), "");
   char* buf = captureStdoutStart(4096);
   ASSERT_NE(buf, nullptr);
   std::printf("captured %d", 42);
   std::cout << " and more" << std::flush;
-  std::string got = captureStdoutEnd(buf);
+  EXPECT_EQ(captureStdoutEnd(buf), "captured 42 and more");
   delete[] buf;
-  EXPECT_EQ(got, "captured 42 and more");
-  EXPECT_EQ(captureStdoutEnd(nullptr), "");
-  std::printf("\n");
-}
-
-TEST(VFiles, CaptureStdoutBeyondTheBuffer) {
-  char* buf = captureStdoutStart(8);
+  buf = captureStdoutStart(8);  // more than the buffer holds: n - 1 bytes kept
   ASSERT_NE(buf, nullptr);
   std::printf("0123456789abc");
-  std::string got = captureStdoutEnd(buf);
-  EXPECT_EQ(got, "0123456");  // n - 1 bytes kept
+  EXPECT_EQ(captureStdoutEnd(buf), "0123456");
   EXPECT_EQ(buf[7], '\0');
   delete[] buf;
 }

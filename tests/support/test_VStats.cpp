@@ -6,20 +6,15 @@
 
 using namespace VCppLib;
 
-TEST(VStats, MeanStdRms) {
+TEST(VStats, ValuesAndReport) {
   double mean, sd, rms;
   meanStdRms({2, 4, 4, 4, 5, 5, 7, 9}, mean, sd, rms);
   EXPECT_DOUBLE_EQ(mean, 5.0);
   EXPECT_DOUBLE_EQ(sd, 2.0);  // population form
   EXPECT_DOUBLE_EQ(rms, std::sqrt(232.0 / 8));
   meanStdRms({}, mean, sd, rms);
-  EXPECT_TRUE(std::isnan(mean));
-  EXPECT_TRUE(std::isnan(sd));
-  EXPECT_TRUE(std::isnan(rms));
-}
+  EXPECT_TRUE(std::isnan(mean) && std::isnan(sd) && std::isnan(rms));
 
-TEST(VStats, Report) {
-  double mean, sd, rms;
   EXPECT_EQ(statsReport({1, -3}, mean, sd, rms),
             "count:\t2\nmin:\t1\t(idx=0)\nmax:\t3\t(idx=1)\nmean:\t-1\nvariance:\t2\nRMS:\t2.23607");
   EXPECT_DOUBLE_EQ(mean, -1.0);
