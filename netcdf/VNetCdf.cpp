@@ -293,40 +293,29 @@ std::string VNetCdf::getAttStr(std::string name, int32_t varid) {
   return std::string(block.data(), len);  // no terminator is looked for
 }
 
-float VNetCdf::getAttFloat(std::string name, int32_t varid) {
+namespace {
+// The first value of a numeric attribute, read into room for all of its values (the library
+// writes them all). A missing attribute gives 0 and leaves the library's status.
+template <typename T, typename Get>
+T firstAttValue(int ncid, int varid, const std::string& name, int32_t& status, Get get) {
   size_t len = 0;
-  if (nc_inq_attlen(ncid, varid, name.c_str(), &len) != NC_NOERR || len <= 1) {
-    float v = 0;
-    status = nc_get_att_float(ncid, varid, name.c_str(), &v);
-    return v;
-  }
-  std::vector<float> v(len);
-  status = nc_get_att_float(ncid, varid, name.c_str(), v.data());
+  if (nc_inq_attlen(ncid, varid, name.c_str(), &len) != NC_NOERR || len < 1) len = 1;
+  std::vector<T> v(len, T{});
+  status = get(ncid, varid, name.c_str(), v.data());
   return v[0];
+}
+}  // namespace
+
+float VNetCdf::getAttFloat(std::string name, int32_t varid) {
+  return firstAttValue<float>(ncid, varid, name, status, nc_get_att_float);
 }
 
 double VNetCdf::getGlobalAttDouble(std::string name) {
-  size_t len = 0;
-  if (nc_inq_attlen(ncid, NC_GLOBAL, name.c_str(), &len) != NC_NOERR || len <= 1) {
-    double v = 0;
-    status = nc_get_att_double(ncid, NC_GLOBAL, name.c_str(), &v);
-    return v;
-  }
-  std::vector<double> v(len);
-  status = nc_get_att_double(ncid, NC_GLOBAL, name.c_str(), v.data());
-  return v[0];
+  return firstAttValue<double>(ncid, NC_GLOBAL, name, status, nc_get_att_double);
 }
 
 int32_t VNetCdf::getGlobalAttInt(std::string name) {
-  size_t len = 0;
-  if (nc_inq_attlen(ncid, NC_GLOBAL, name.c_str(), &len) != NC_NOERR || len <= 1) {
-    int v = 0;
-    status = nc_get_att_int(ncid, NC_GLOBAL, name.c_str(), &v);
-    return v;
-  }
-  std::vector<int> v(len);
-  status = nc_get_att_int(ncid, NC_GLOBAL, name.c_str(), v.data());
-  return v[0];
+  return firstAttValue<int>(ncid, NC_GLOBAL, name, status, nc_get_att_int);
 }
 
 double VNetCdf::getAttAsDouble(std::string name, int32_t varid) {

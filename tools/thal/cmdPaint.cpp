@@ -19,7 +19,6 @@ const char* paintUsage =
     "[--palette NAME] -o OUT.png";
 
 constexpr int32_t colourSteps = 256;
-constexpr int32_t defaultWidth = 800;
 constexpr uint32_t seabedColour = 0xFFA89F8E;  // water columns that do not reach the layer
 
 bool hasValue(double v) { return std::isfinite(v) && v != static_cast<double>(delVal); }
@@ -45,8 +44,11 @@ std::vector<int32_t> colourTable(const std::string& palette) {
   return std::vector<int32_t>(ramp.get(), ramp.get() + colourSteps);
 }
 
-MapFrame frameOfMesh(const thalmod::thMesh2D& g, const Args& args) {
-  int w = defaultWidth, h = 0;
+}  // namespace
+
+void mapSize(const Args& args, int& w, int& h) {
+  w = 800;
+  h = 0;
   if (args.has("--size")) {
     parseSize(args.required("--size"), w, h);
     if (h < legendHeight + 8)
@@ -54,6 +56,13 @@ MapFrame frameOfMesh(const thalmod::thMesh2D& g, const Args& args) {
                       " pixels high, to hold the map and its legend.");
     h -= legendHeight;
   }
+}
+
+namespace {
+
+MapFrame frameOfMesh(const thalmod::thMesh2D& g, const Args& args) {
+  int w = 0, h = 0;
+  mapSize(args, w, h);
   auto [xLo, xHi] = std::minmax_element(g.nxCoor, g.nxCoor + g.non);
   auto [yLo, yHi] = std::minmax_element(g.nyCoor, g.nyCoor + g.non);
   return fitFrame(*xLo, *xHi, *yLo, *yHi, w, h, 0.03);

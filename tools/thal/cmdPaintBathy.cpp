@@ -22,7 +22,6 @@ namespace {
 
 const char* bathyUsage = "thal paint-bathy FILE.nc [--size WxH] [--range MIN:MAX] [--palette NAME] -o OUT.png";
 constexpr int32_t colourSteps = 256;
-constexpr int32_t defaultWidth = 800;
 
 // The raster as the painter will read it: the same variables, so that the colour range and the
 // land mask fit the picture.
@@ -97,14 +96,8 @@ int cmdPaintBathy(const Args& args) {
     }
   }
 
-  int w = defaultWidth, h = 0;
-  if (args.has("--size")) {
-    parseSize(args.required("--size"), w, h);
-    if (h < legendHeight + 8)
-      throw ToolError("The picture must be at least " + std::to_string(legendHeight + 8) +
-                      " pixels high, to hold the map and its legend.");
-    h -= legendHeight;
-  }
+  int w = 0, h = 0;
+  mapSize(args, w, h);
   double x0 = g.x0, x1 = g.x0 + (g.nx - 1) * g.dx, y0 = g.y0, y1 = g.y0 + (g.ny - 1) * g.dy;
   const MapFrame f = fitFrame(std::min(x0, x1), std::max(x0, x1), std::min(y0, y1), std::max(y0, y1), w, h, 0.0);
 

@@ -13,4 +13,8 @@ int cmdSeries(const Args& args);
 int cmdProfile(const Args& args);
 int cmdSample(const Args& args);
 
+// The map's width and height from --size, which gives the whole picture, legend included.
+// Without --size the width is 800 and the height 0: the map's own proportions decide it.
+void mapSize(const Args& args, int& w, int& h);
+
 }  // namespace thTool
