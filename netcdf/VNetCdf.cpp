@@ -318,14 +318,22 @@ int32_t VNetCdf::getGlobalAttInt(std::string name) {
   return firstAttValue<int>(ncid, NC_GLOBAL, name, status, nc_get_att_int);
 }
 
-double VNetCdf::getAttAsDouble(std::string name, int32_t varid) {
+namespace {
+// The type and length of an attribute that must be of one of the numeric types read here.
+nc_type inqNumericAtt(int ncid, int varid, const std::string& name, size_t& len, int32_t& status) {
   nc_type type = NC_NAT;
-  size_t len = 0;
   status = nc_inq_att(ncid, varid, name.c_str(), &type, &len);
   if (status < 0) throw VException(nc_strerror(status));
   if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT &&
       type != NC_BYTE)
     throw VException(unsupportedType(type));
+  return type;
+}
+}  // namespace
+
+double VNetCdf::getAttAsDouble(std::string name, int32_t varid) {
+  size_t len = 0;
+  const nc_type type = inqNumericAtt(ncid, varid, name, len, status);
   // room for every value of the attribute; the first one is the result
   std::vector<double> buf(len > 0 ? len : 1, 0.0);
   status = readAttNumeric(ncid, varid, name.c_str(), type, buf.data());
@@ -333,13 +341,8 @@ double VNetCdf::getAttAsDouble(std::string name, int32_t varid) {
 }
 
 void* VNetCdf::getAttRaw(std::string name, int32_t varid) {
-  nc_type type = NC_NAT;
   size_t len = 0;
-  status = nc_inq_att(ncid, varid, name.c_str(), &type, &len);
-  if (status < 0) throw VException(nc_strerror(status));
-  if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT &&
-      type != NC_BYTE)
-    throw VException(unsupportedType(type));
+  const nc_type type = inqNumericAtt(ncid, varid, name, len, status);
   // Four values of the attribute's type, but never less than the whole attribute, and never
   // less than 8 bytes, so that a reader may view the first value at any width up to 64 bits.
   size_t size = static_cast<size_t>(ncTypeSize(type));
