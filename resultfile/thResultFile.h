@@ -97,6 +97,7 @@ class thResultFile {
   int32_t writeTimestep = 0, writeItem = 0;  // position of the next writeItemData call
   int64_t versionCutoffDT = 0;  // "2012-06-01": older EMB files have no version field
   std::string* cellText = nullptr;  // per cell, the EMF row being built
+  int32_t cellTextLen = 0;          // entries of cellText
   int32_t textBufLen = 0;           // characters waiting in textBuf
   char textBuf[10240];              // output buffer of the text formats
   int64_t textPos = 0;              // where the next line of a TEXT0D or TEXT1D file starts
@@ -189,6 +190,9 @@ class thResultFile {
   void checkElemNo(int32_t elemNo, const char* fn);
   // The NetCDF file is open for reading.
   void checkOpenNC(const char* fn);
+  // The model is set up (mesh, layers, cells) and every item holds at least one value; called by
+  // the format writers once the item lengths are settled.
+  void checkModelForWrite();
   void release();  // frees what the object owns and closes its files
 
   // ---- NetCDF (thResultFileNC.cpp)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "interp/VDraw.h"
+#include "resultfile/thLayerPick.h"
 #include "resultfile/thResultFile.h"
 #include "support/VStr.h"
 
@@ -54,24 +55,10 @@ int32_t thResultFile::readLayer(int32_t itemNo, int32_t timestep, int32_t layer,
   if (layerBuf.size() < static_cast<size_t>(cells)) layerBuf.resize(cells);
   if (readItemData(itemNo, timestep, layerBuf.data()) != 0) return -1;
   const float* v = layerBuf.data();
-  const int32_t* bli = mInfo.botlayerIdx;
-  const int32_t* ebli = mInfo.ebli;
-  if (layer == -1) {
-    for (int32_t e = 0; e < noe; ++e) out[e] = v[bli[e]];
-  } else if (layer >= 999) {
-    // from the surface down to the first cell that holds a value; delVal if none does
-    for (int32_t e = 0; e < noe; ++e) {
-      int32_t k = nol - ebli[e] - 1;
-      float x;
-      do {
-        x = v[bli[e] + k];
-        --k;
-      } while (x == delVal && k >= 0);
-      out[e] = x;
-    }
-  } else {
-    for (int32_t e = 0; e < noe; ++e) out[e] = layer >= ebli[e] ? v[bli[e] - ebli[e] + layer] : delVal;
-  }
+  pickLayer(mInfo, layer, out, [v](int64_t cell, float& x) {
+    x = v[cell];
+    return true;
+  });
   return noe;
 }
 

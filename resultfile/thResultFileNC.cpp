@@ -324,15 +324,8 @@ void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t
 void thResultFile::writeHeaderNC() {
   thMesh2D& m = mInfo.mesh2d;
   std::string name = getFileName();
-  if (!mInfo.isInit || m.noe < 1 || m.non < 1 || mInfo.nol < 1 || mInfo.cells < 1 || !m.en ||
-      !m.eVoronoiX || !mInfo.elemBathy || !mInfo.dz)
-    throw VException("thResultFile::writeHeader: the model of '" + name +
-                     "' is not set up; fill the mesh and the layers and run initMesh and initCells first.");
+  checkModelForWrite();
   int32_t nItems = static_cast<int32_t>(itemNameVec.size());
-  for (int32_t i = 0; i < nItems; ++i)
-    if (itemLengthVec[i] < 1)
-      throw VException("thResultFile::writeHeader: item '" + itemNameVec[i] + "' of '" + name +
-                       "' has the length " + str(itemLengthVec[i]) + "; an item holds at least one value.");
 
   delete nc;
   nc = nullptr;

@@ -3,6 +3,7 @@
 // that format's source.
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include "resultfile/thResultFile.h"
@@ -34,6 +35,28 @@ int32_t thResultFile::writeHeader() {
   }
   fileTime = VCppLib::VDT::nowLongDT();
   return 0;
+}
+
+void thResultFile::checkModelForWrite() {
+  thMesh2D& m = mInfo.mesh2d;
+  std::string name = getFileName();
+  if (!mInfo.isInit || m.noe < 1 || m.non < 1 || mInfo.nol < 1 || mInfo.cells < 1 || !m.en ||
+      !m.eVoronoiX || !mInfo.elemBathy || !mInfo.dz)
+    throw VException("thResultFile::writeHeader: the model of '" + name +
+                     "' is not set up; fill the mesh and the layers and run initMesh and initCells first.");
+  int64_t timestepLen = 0;
+  for (size_t i = 0; i < itemNameVec.size(); ++i) {
+    if (itemLengthVec[i] < 1)
+      throw VException("thResultFile::writeHeader: item '" + itemNameVec[i] + "' of '" + name +
+                       "' has the length " + VStr::toString<int>(itemLengthVec[i]) +
+                       "; an item holds at least one value.");
+    timestepLen += itemLengthVec[i];
+  }
+  // value positions within a timestep are 32-bit numbers
+  if (timestepLen > INT32_MAX)
+    throw VException("thResultFile::writeHeader: the items of '" + name + "' hold " +
+                     VStr::toString<long long>(timestepLen) +
+                     " values per timestep, more than a result file can address (2^31 - 1).");
 }
 
 int32_t thResultFile::writeHeader(int32_t noItems) {

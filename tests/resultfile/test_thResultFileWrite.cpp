@@ -8,36 +8,9 @@
 
 using namespace thalmod;
 using thTest::SmallModel;
+using thTest::buildSmallModel;
 
 namespace {
-
-template <typename T>
-T* arr(const std::vector<T>& v) {
-  T* a = new T[v.size()];
-  std::copy(v.begin(), v.end(), a);
-  return a;
-}
-
-// The small model, built in memory the way a running model sets itself up.
-void buildSmallModel(thModelInfo& mi) {
-  thMesh2D& m = mi.mesh2d;
-  m.projection = "UTM32";
-  m.non = SmallModel::non;
-  m.nxCoor = arr(SmallModel::x);
-  m.nyCoor = arr(SmallModel::y);
-  m.nt = arr(SmallModel::nodeType);
-  m.noe = SmallModel::noe;
-  m.nonpe = arr(SmallModel::nonpe);
-  m.en = arr(SmallModel::en);
-  m.initMesh();
-  mi.nol = SmallModel::nol;
-  mi.dz = arr(SmallModel::dz);
-  mi.elemBathy = arr(SmallModel::bathy);
-  mi.initCells();
-  mi.startDT = SmallModel::startDT;
-  mi.dt = 3600.0;
-  mi.flavor = 3;
-}
 
 // Values of item i at timestep t, index k.
 float value(int i, int t, int k) { return static_cast<float>(1000 * i + 100 * t + k) + 0.5f; }

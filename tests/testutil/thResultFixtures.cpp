@@ -1,8 +1,10 @@
 #include "testutil/thResultFixtures.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
+#include "model/thModelInfo.h"
 #include "support/VCppLib.h"
 #include "testutil/thTestUtil.h"
 
@@ -106,6 +108,37 @@ std::string smallModelCdl(const SmallModelOptions& opt) {
 
 void writeSmallModelNc(const std::string& ncPath, const SmallModelOptions& opt) {
   ncgen(smallModelCdl(opt), ncPath);
+}
+
+namespace {
+
+template <typename T>
+T* arr(const std::vector<T>& v) {
+  T* a = new T[v.size()];
+  std::copy(v.begin(), v.end(), a);
+  return a;
+}
+
+}  // namespace
+
+void buildSmallModel(thalmod::thModelInfo& mi) {
+  thalmod::thMesh2D& m = mi.mesh2d;
+  m.projection = "UTM32";
+  m.non = SmallModel::non;
+  m.nxCoor = arr(SmallModel::x);
+  m.nyCoor = arr(SmallModel::y);
+  m.nt = arr(SmallModel::nodeType);
+  m.noe = SmallModel::noe;
+  m.nonpe = arr(SmallModel::nonpe);
+  m.en = arr(SmallModel::en);
+  m.initMesh();
+  mi.nol = SmallModel::nol;
+  mi.dz = arr(SmallModel::dz);
+  mi.elemBathy = arr(SmallModel::bathy);
+  mi.initCells();
+  mi.startDT = SmallModel::startDT;
+  mi.dt = 3600.0;
+  mi.flavor = 3;
 }
 
 }  // namespace thTest

@@ -31,6 +31,10 @@
 #include <string>
 #include <vector>
 
+namespace thalmod {
+class thModelInfo;
+}
+
 namespace thTest {
 
 struct SmallModel {
@@ -65,5 +69,9 @@ struct SmallModelOptions {
 std::string smallModelCdl(const SmallModelOptions& opt = {});
 // Writes the small model as a NetCDF-4 file through ncgen.
 void writeSmallModelNc(const std::string& ncPath, const SmallModelOptions& opt = {});
+
+// The small model built in memory the way a running model sets itself up (projection "UTM32",
+// flavor 3, Voronoi points worked out by initMesh), ready for writing.
+void buildSmallModel(thalmod::thModelInfo& mi);
 
 }  // namespace thTest
