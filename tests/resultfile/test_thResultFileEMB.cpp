@@ -230,6 +230,16 @@ TEST(ResultFileEMB, SevenTimestepsAtThreePerFileReadAsOne) {
   ASSERT_EQ(rf.readTimeSeries(1, 2, 2, &s, 1, -1), 6);
   for (int t = 1; t < 7; ++t) EXPECT_EQ(s[t - 1], SmallModel::elev(t, 2));
   delete[] s;
+  ASSERT_EQ(rf.readTimeSeriesProfile(0, 2, &s, 2, 5), 3);  // e2 has one cell, 5
+  for (int t = 2; t < 5; ++t) EXPECT_EQ(s[t - 2], SmallModel::temp(t, 5));
+  delete[] s;
+  // in sequence: items 0, 1, 0 read timesteps 0, 0, 1
+  std::vector<double> buf(9);
+  double* b = buf.data();
+  EXPECT_EQ(rf.readNextItemData(0, &b), SmallModel::startDT);
+  EXPECT_EQ(rf.readNextItemData(1, &b), SmallModel::startDT);
+  EXPECT_EQ(rf.readNextItemData(0, &b), SmallModel::startDT + 3600);
+  EXPECT_EQ(buf[5], SmallModel::temp(1, 5));
   int32_t t = 9;  // x^3.emb is missing
   EXPECT_VEXCEPTION_HAS(rf.getFileForTimestep(t), "Not that many timesteps in file (");
   thResultFile(fn, -1).setNoTimesteps(2);  // patched into the first file
