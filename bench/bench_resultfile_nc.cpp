@@ -16,34 +16,20 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "benchModel.h"
 #include "resultfile/thResultFile.h"
 
 using namespace thalmod;
+using bench::best;
+using bench::buildModel;
+using bench::seconds;
 
 namespace {
-
-double seconds(const std::function<void()>& f) {
-  auto t0 = std::chrono::steady_clock::now();
-  f();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
-
-// Best of `rounds` runs of each, alternating.
-std::pair<double, double> best(int rounds, const std::function<void()>& lib, const std::function<void()>& base) {
-  double l = 1e30, b = 1e30;
-  for (int r = 0; r < rounds; ++r) {
-    b = std::min(b, seconds(base));
-    l = std::min(l, seconds(lib));
-  }
-  return {l, b};
-}
 
 void report(const char* what, std::pair<double, double> lb, double target) {
   std::printf("%-40s library %8.4f s   bare NetCDF %8.4f s   ratio %5.2f   (target <= %.1f)\n", what,
@@ -55,53 +41,6 @@ void check(int rc, const char* what) {
     std::fprintf(stderr, "%s: %s\n", what, nc_strerror(rc));
     std::exit(1);
   }
-}
-
-// The model: n x n unit-ish quadrilaterals, open boundary 1 along the left edge, sea bed sloping
-// from 1 m to 40 m across the domain, 20 layers of 2 m.
-void buildModel(thModelInfo& mi, int n) {
-  thMesh2D& m = mi.mesh2d;
-  int nn = n + 1;
-  m.non = nn * nn;
-  m.nxCoor = new double[m.non];
-  m.nyCoor = new double[m.non];
-  m.nt = new int32_t[m.non];
-  // Coordinates jittered by up to a fifth of the spacing, as a real mesh is irregular (and does
-  // not compress into nothing, which would flatter the bare reads).
-  uint64_t seed = 12345;
-  auto rnd = [&seed] {
-    seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
-    return static_cast<double>(seed >> 11) / 9007199254740992.0 - 0.5;
-  };
-  for (int j = 0; j < nn; ++j)
-    for (int i = 0; i < nn; ++i) {
-      int k = j * nn + i;
-      bool edge = i == 0 || j == 0 || i == n || j == n;
-      m.nxCoor[k] = 10.0 * i + (edge ? 0.0 : 4.0 * rnd());
-      m.nyCoor[k] = 10.0 * j + (edge ? 0.0 : 4.0 * rnd());
-      m.nt[k] = i == 0 ? 1 : 0;
-    }
-  m.noe = n * n;
-  m.nonpe = new int32_t[m.noe];
-  m.en = new int32_t[4 * m.noe];
-  mi.elemBathy = new double[m.noe];
-  for (int j = 0; j < n; ++j)
-    for (int i = 0; i < n; ++i) {
-      int e = j * n + i, a = j * nn + i;
-      m.nonpe[e] = 4;
-      m.en[4 * e] = a;
-      m.en[4 * e + 1] = a + 1;
-      m.en[4 * e + 2] = a + 1 + nn;
-      m.en[4 * e + 3] = a + nn;
-      mi.elemBathy[e] = 1.0 + 39.0 * (i + j) / (2.0 * n) + 0.5 * rnd();
-    }
-  m.initMesh();
-  mi.nol = 20;
-  mi.dz = new double[20];
-  for (int l = 0; l < 20; ++l) mi.dz[l] = 2.0;
-  mi.initCells();
-  mi.startDT = 1262304000;
-  mi.dt = 3600.0;
 }
 
 }  // namespace

@@ -13,17 +13,18 @@ namespace thalmod {
 // delVal (searching down from the surface cell; delVal if all are deleted); otherwise an absolute
 // layer, delVal for an element that does not reach down to it.
 // valueAt(cell, v) fetches a cell's value into v and answers whether it could; an element whose
-// value cannot be fetched keeps what out[e] held.
+// value cannot be fetched keeps what out[e] held. Elements eFrom..eTo-1 (all by default).
 template <typename F>
-void pickLayer(const thModelInfo& mi, int32_t layer, float* out, F&& valueAt) {
-  const int32_t noe = mi.mesh2d.noe, nol = mi.nol;
+void pickLayer(const thModelInfo& mi, int32_t layer, float* out, F&& valueAt, int32_t eFrom = 0,
+               int32_t eTo = -1) {
+  const int32_t noe = eTo < 0 ? mi.mesh2d.noe : eTo, nol = mi.nol;
   const int32_t* bli = mi.botlayerIdx;
   const int32_t* ebli = mi.ebli;
   const float del = static_cast<float>(delVal);
   if (layer == -1) {
-    for (int32_t e = 0; e < noe; ++e) valueAt(bli[e], out[e]);
+    for (int32_t e = eFrom; e < noe; ++e) valueAt(bli[e], out[e]);
   } else if (layer >= 999) {
-    for (int32_t e = 0; e < noe; ++e) {
+    for (int32_t e = eFrom; e < noe; ++e) {
       float x = del;
       int32_t k = nol - ebli[e] - 1;
       bool ok = true;
@@ -34,7 +35,7 @@ void pickLayer(const thModelInfo& mi, int32_t layer, float* out, F&& valueAt) {
       if (ok) out[e] = x;
     }
   } else {
-    for (int32_t e = 0; e < noe; ++e) {
+    for (int32_t e = eFrom; e < noe; ++e) {
       if (layer >= ebli[e]) valueAt(bli[e] - ebli[e] + layer, out[e]);
       else out[e] = del;
     }

@@ -20,6 +20,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -107,6 +108,9 @@ class thResultFile {
   // Scratch of the layer reads of NetCDF files: one timestep of a 3-D item, by cell. Kept between
   // calls so that a series of maps does not fault in a fresh block of memory each time.
   std::vector<float> layerBuf;
+  // Values read at a time by the layer read of EMB files (about a megabyte): the columns are picked
+  // while a run is in the cache. A column longer than a run is read as a run of its own.
+  int32_t layerRunValues = 1 << 18;
 
   // format -1 finds the format from the file name. If the file exists its header is read at once.
   explicit thResultFile(std::string filename = "", int32_t format = -1);
@@ -213,6 +217,8 @@ class thResultFile {
   void readHeaderEMB();
   int32_t readItemDataEMB(int32_t itemNo, int32_t timestep, float* data);
   int32_t readLayerEMB(int32_t itemNo, int32_t timestep, int32_t layer, float* data);
+  // The z-layer pick of a 3-D item from the open file f, whose item block starts at byte `first`.
+  void pickColumnsEMB(FILE* f, int64_t first, int32_t layer, float* data);
   int32_t readProfileEMB(int32_t itemNo, int32_t timestep, int32_t elemNo, float* data);
   // Fills data with timesteps from..to-1 of value `index` of the item in physical file fileNo.
   void readTimeSeriesEMB(int32_t itemNo, int32_t index, int32_t from, int32_t to, double* data);

@@ -356,9 +356,13 @@ int32_t thResultFile::readLayerEMB(int32_t itemNo, int32_t timestep, int32_t lay
                      "' are not set up; read the header first.");
   std::string name = getFileForTimestep(timestep);
   filePtr f = openRead(name, "readLayer");
+  int64_t first = valuePos(*this, getItemOffset(itemNo), getItemOffset(itemCount(*this)), timestep, 0);
+  if (mInfo.layerType == zlayer && !is2D) {
+    pickColumnsEMB(f.get(), first, layer, data);
+    return noe;
+  }
   // The item's block of this timestep is read in one piece and the values are picked from it, as
   // if each were read at its own position; a value outside the block is read on its own.
-  int64_t first = valuePos(*this, getItemOffset(itemNo), getItemOffset(itemCount(*this)), timestep, 0);
   if (layerBuf.size() < static_cast<size_t>(len)) layerBuf.resize(len);
   int64_t got = readAt(f.get(), first, layerBuf.data(), len);
   auto valueAt = [&](int64_t i, float& v) {
@@ -369,15 +373,34 @@ int32_t thResultFile::readLayerEMB(int32_t itemNo, int32_t timestep, int32_t lay
     if (i >= 0 && i < len) return false;  // inside the block but past the end of the file
     return readAt(f.get(), first + 4 * i, &v, 1) == 1;
   };
-  if (mInfo.layerType == sigma) {
-    // every column holds nol cells, whatever the layer code
-    for (int32_t e = 0; e < noe; ++e) valueAt(static_cast<int64_t>(e) * nol + layer, data[e]);
-  } else if (is2D) {
-    for (int32_t e = 0; e < noe; ++e) valueAt(e, data[e]);
-  } else {
-    pickLayer(mInfo, layer, data, valueAt);
-  }
+  // sigma: every column holds nol cells, whatever the layer code
+  for (int32_t e = 0; e < noe; ++e)
+    valueAt(is2D ? e : static_cast<int64_t>(e) * nol + layer, data[e]);
   return noe;
+}
+
+void thResultFile::pickColumnsEMB(FILE* f, int64_t first, int32_t layer, float* data) {
+  // The columns are read in runs of about a megabyte and picked while the run is in the cache;
+  // consecutive elements own consecutive cells, so the runs follow one another in the file.
+  const int64_t runValues = std::max<int64_t>(layerRunValues, 1);
+  const int32_t noe = mInfo.mesh2d.noe, nol = mInfo.nol;
+  const int32_t* bli = mInfo.botlayerIdx;
+  const int32_t* ebli = mInfo.ebli;
+  if (layerBuf.size() < static_cast<size_t>(runValues)) layerBuf.resize(runValues);
+  for (int32_t e0 = 0; e0 < noe;) {
+    int64_t lo = bli[e0];
+    int32_t e1 = e0 + 1;  // a column longer than a run is a run of its own
+    while (e1 < noe && bli[e1] + nol - ebli[e1] - lo <= runValues) ++e1;
+    int64_t hi = bli[e1 - 1] + nol - ebli[e1 - 1];
+    if (layerBuf.size() < static_cast<size_t>(hi - lo)) layerBuf.resize(hi - lo);
+    int64_t got = readAt(f, first + 4 * lo, layerBuf.data(), hi - lo);
+    pickLayer(mInfo, layer, data, [&](int64_t i, float& v) {
+      if (i < lo || i >= lo + got) return false;  // past the end of the file
+      v = layerBuf[i - lo];
+      return true;
+    }, e0, e1);
+    e0 = e1;
+  }
 }
 
 int32_t thResultFile::readProfileEMB(int32_t itemNo, int32_t timestep, int32_t elemNo, float* data) {

@@ -195,8 +195,12 @@ TEST(ResultFileEMB, LayersProfilesAndSeries) {
                                        {2, -1, {200.25f, 203.25f, 205.25f, del}},
                                        {0, 0, {0.25f, del, del, 6.25f}},
                                        {1, 999, {100.25f, 104.25f, 105.25f, 107.25f}}}) {
-    EXPECT_EQ(rf.readLayer(0, r.t, r.layer, &p), 4);
-    EXPECT_EQ(std::vector<float>(lay, lay + 4), r.want) << "t " << r.t << " layer " << r.layer;
+    // runs of 1, 4 and all values: columns cut across runs read the same
+    for (int32_t run : {1, 4, 1 << 18}) {
+      rf.layerRunValues = run;
+      EXPECT_EQ(rf.readLayer(0, r.t, r.layer, &p), 4);
+      EXPECT_EQ(std::vector<float>(lay, lay + 4), r.want) << "t " << r.t << " layer " << r.layer;
+    }
   }
   rf.readLayer(1, 1, 0, &p);  // a 2-D item ignores the layer
   EXPECT_EQ(std::vector<float>(lay, lay + 4), (std::vector<float>{1, 1.5f, 2, 2.5f}));

@@ -92,11 +92,17 @@ int cmdPaint(const Args& args) {
   std::vector<int32_t> colours = colourTable(args.get("--palette", "turbo"));
   const MapFrame frame = frameOfMesh(g, args);
 
+  const std::string what = "item '" + itemName + "' at timestep " + std::to_string(ts);
   double* raw = nullptr;
-  int32_t got = rf->readLayer(item, ts, layer, &raw);
+  int32_t got = 0;
+  try {
+    got = rf->readLayer(item, ts, layer, &raw);
+  } catch (const VCppLib::VException& e) {
+    readFailed(*rf, what, e.message);
+  }
   std::unique_ptr<double[]> values(raw);
   if (got != g.noe || !values)
-    throw ToolError("Cannot read item '" + itemName + "' at timestep " + std::to_string(ts) + " of '" + rf->filename + "'.");
+    throw ToolError("Cannot read " + what + " of '" + rf->filename + "'.");
 
   std::vector<double> px, py, pv;  // the elements that have a value in this layer
   for (int32_t e = 0; e < g.noe; ++e)

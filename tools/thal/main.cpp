@@ -32,8 +32,15 @@ const char* usageText =
     "      the values at a point over all timesteps, as CSV (L defaults to the surface)\n"
     "  thal profile FILE --item NAME --at X,Y --time T\n"
     "      the values of all layers at a point and a timestep, as CSV\n"
+    "  thal convert IN OUT\n"
+    "      rewrites a result file as NC or EMB, by OUT's extension (.nc, .emb): every item and\n"
+    "      timestep, the time axis and the model description with its mesh\n"
     "  thal sample DIR\n"
-    "      writes a sample model run (fjord.nc) and its bathymetry (fjord_bathy.nc) into DIR\n";
+    "      writes a sample model run (fjord.nc) and its bathymetry (fjord_bathy.nc) into DIR\n"
+    "\n"
+    "FILE is a result file: NC, or EMB with the \"^\" files that continue it (RESTART and DECOUPLED\n"
+    "files too, where their items allow). A TEXT0D table goes to info and to series (without --at),\n"
+    "a TEXT1D table to info.\n";
 
 struct Command {
   const char* name;
@@ -48,6 +55,7 @@ const Command commands[] = {
     {"series", {"--item", "--at", "--layer"}, thTool::cmdSeries},
     {"profile", {"--item", "--at", "--time"}, thTool::cmdProfile},
     {"sample", {}, thTool::cmdSample},
+    {"convert", {}, thTool::cmdConvert},
 };
 
 // One line, whatever the message holds.

@@ -12,6 +12,7 @@ int cmdPaintBathy(const Args& args);
 int cmdSeries(const Args& args);
 int cmdProfile(const Args& args);
 int cmdSample(const Args& args);
+int cmdConvert(const Args& args);
 
 // The map's width and height from --size, which gives the whole picture, legend included.
 // Without --size the width is 800 and the height 0: the map's own proportions decide it.

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "support/VDT.h"
+#include "support/VFiles.h"
 #include "thalArgs.h"
 
 namespace thTool {
@@ -38,7 +39,21 @@ std::unique_ptr<thResultFile> openResult(const std::string& path) {
   return rf;
 }
 
+bool isTextTable(const thResultFile& rf) { return rf.format == thalmod::TEXT0D || rf.format == thalmod::TEXT1D; }
+
+int32_t totalTimesteps(thResultFile& rf) {
+  if (rf.format != thalmod::EMB && rf.format != thalmod::RESTART && rf.format != thalmod::DECOUPLED)
+    return rf.mInfo.nt;
+  // Most runs are one physical file: getTotNoTimesteps would read that file's header a second
+  // time to learn what is known already.
+  rf.fileNo = 1;
+  const bool more = VCppLib::fileExists(rf.getFileName());
+  rf.fileNo = 0;
+  return more ? rf.getTotNoTimesteps() : rf.mInfo.nt;
+}
+
 ItemKind itemKind(const thResultFile& rf, int32_t itemNo) {
+  if (isTextTable(rf)) return ItemKind::column;
   int32_t len = rf.itemLengthVec[itemNo];
   if (len == rf.mInfo.cells) return ItemKind::item3D;
   if (len == rf.mInfo.mesh2d.noe) return ItemKind::item2D;
@@ -49,6 +64,7 @@ std::string itemKindName(ItemKind k) {
   switch (k) {
     case ItemKind::item3D: return "3-D";
     case ItemKind::item2D: return "2-D";
+    case ItemKind::column: return "table column";
     default: return "vector";
   }
 }
@@ -63,10 +79,17 @@ int32_t findItem(const thResultFile& rf, const std::string& name) {
 }
 
 std::string timeAxisText(thResultFile& rf) {
-  thalmod::thModelInfo& m = rf.mInfo;
-  if (m.nt < 1) return "no timesteps";
-  if (m.nt == 1) return "1 timestep at " + m.ts2StrDT(0);
-  return std::to_string(m.nt) + " timesteps from " + m.ts2StrDT(0) + " to " + m.ts2StrDT(m.nt - 1);
+  const thalmod::thModelInfo& m = rf.mInfo;
+  const int32_t n = totalTimesteps(rf);
+  if (n < 1) return "no timesteps";
+  if (n == 1) return "1 timestep at " + m.ts2StrDT(0);
+  return std::to_string(n) + " timesteps from " + m.ts2StrDT(0) + " to " + m.ts2StrDT(n - 1);
+}
+
+void readFailed(const thResultFile& rf, const std::string& what, const std::string& why) {
+  const auto f = static_cast<thalmod::fileFmtEnum>(rf.format);
+  const std::string format = rf.format >= 0 ? " (" + thalmod::fileFmtEnum2str(f) + ")" : "";
+  throw ToolError("Cannot read " + what + " of '" + rf.filename + "'" + format + ": " + why);
 }
 
 namespace {
@@ -79,25 +102,39 @@ bool isWholeNumber(const std::string& s) {
   return true;
 }
 
+// The timestep of 0..n-1 nearest to a date-time, a tie going to the later one, for runs that go on
+// in "^" files: their timesteps lie beyond what findTimestep knows, so the search runs on ts2DT.
+int32_t nearestTimestep(const thalmod::thModelInfo& m, int64_t when, int32_t n) {
+  int32_t lo = 0, hi = n - 1;  // the first timestep at or after `when`
+  while (lo < hi) {
+    int32_t mid = lo + (hi - lo) / 2;
+    if (m.ts2DT(mid) < when) lo = mid + 1;
+    else hi = mid;
+  }
+  if (lo > 0 && when - m.ts2DT(lo - 1) < m.ts2DT(lo) - when) --lo;
+  return lo;
+}
+
 }  // namespace
 
 int32_t parseTime(thResultFile& rf, const std::string& text) {
-  thalmod::thModelInfo& m = rf.mInfo;
-  if (m.nt < 1) throw ToolError("'" + rf.filename + "' holds no timesteps.");
+  const thalmod::thModelInfo& m = rf.mInfo;
+  const int32_t n = totalTimesteps(rf);
+  if (n < 1) throw ToolError("'" + rf.filename + "' holds no timesteps.");
   if (isWholeNumber(text)) {
     int32_t ts = parseInt(text, "timestep");
-    if (ts < 0 || ts >= m.nt)
+    if (ts < 0 || ts >= n)
       throw ToolError("Timestep " + text + " is out of range: '" + rf.filename + "' has timesteps 0 to " +
-                      std::to_string(m.nt - 1) + ".");
+                      std::to_string(n - 1) + ".");
     return ts;
   }
   if (!VCppLib::VDT::isDateTimeStr(text))
     throw ToolError("The time '" + text + "' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS.");
   int64_t when = VCppLib::VDT::strDT2longDT(text);
-  if (when < m.ts2DT(0) || when > m.ts2DT(m.nt - 1))
+  if (when < m.ts2DT(0) || when > m.ts2DT(n - 1))
     throw ToolError("The time " + text + " lies outside the run in '" + rf.filename + "', " +
                     timeAxisText(rf) + ".");
-  return m.findTimestep(when, 0);  // the nearest timestep
+  return n == m.nt ? m.findTimestep(when, 0) : nearestTimestep(m, when, n);  // the nearest timestep
 }
 
 int32_t parsePaintLayer(const thResultFile& rf, const std::string& text) {

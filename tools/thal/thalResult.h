@@ -17,15 +17,23 @@ std::unique_ptr<thalmod::thResultFile> openResult(const std::string& path);
 // Checks that a file can be read, raising ToolError ("No such file: ...") otherwise.
 void checkReadable(const std::string& path);
 
-enum class ItemKind { item3D, item2D, vector };
+// A column of a TEXT0D or TEXT1D table is a `column`: such tables hold no model to measure by.
+enum class ItemKind { item3D, item2D, vector, column };
 ItemKind itemKind(const thalmod::thResultFile& rf, int32_t itemNo);
-std::string itemKindName(ItemKind k);  // "3-D", "2-D", "vector"
+std::string itemKindName(ItemKind k);  // "3-D", "2-D", "vector", "table column"
+
+// A TEXT0D or TEXT1D table: no mesh, no time axis, a time stamp on each line.
+bool isTextTable(const thalmod::thResultFile& rf);
+
+// The timesteps of the logical file. EMB, RESTART and DECOUPLED files may go on in "^" files,
+// which the library's timestep reads follow; an NC file is one file.
+int32_t totalTimesteps(thalmod::thResultFile& rf);
 
 // The number of an item, or ToolError listing the items.
 int32_t findItem(const thalmod::thResultFile& rf, const std::string& name);
 
 // A timestep from a number ("12") or a date-time ("2024-06-01 12:00:00"; the nearest timestep
-// within the run); out of range raises ToolError.
+// within the run, "^" files included); out of range raises ToolError.
 int32_t parseTime(thalmod::thResultFile& rf, const std::string& text);
 
 // A layer for painting: a layer number 0 (bottom) to nol-1 (surface), -1 or "bottom" for each
@@ -40,7 +48,10 @@ int32_t parseSeriesLayer(const thalmod::thResultFile& rf, int32_t elem, const st
 // The element that holds a point, or ToolError when the point lies outside the mesh.
 int32_t findElement(thalmod::thResultFile& rf, double x, double y);
 
-// The file's name and its time axis in words, for messages.
+// The file's time axis in words, for messages ("^" files included).
 std::string timeAxisText(thalmod::thResultFile& rf);
+
+// A read of the library that failed, as one sentence saying what was read from which file.
+[[noreturn]] void readFailed(const thalmod::thResultFile& rf, const std::string& what, const std::string& why);
 
 }  // namespace thTool
