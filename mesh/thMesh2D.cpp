@@ -54,6 +54,7 @@ void thMesh2D::freeDerivedArrays() {
   drop(vft); drop(vfn); drop(vfe); drop(vfeDist); drop(vfl); drop(vfxCoor); drop(vfyCoor);
   drop(evf); drop(evfNbr); drop(evfDist); drop(nivfpe); drop(nbvfpe); drop(evfSign);
   drop(vfdx); drop(vfdy);
+  dropQueryCaches();  // the k-d tree, path graph and indexes describe the old arrays
   if (!owned) {
     // A copy whose arrays went with another copy holds caches that are not its own either.
     anglesVF = nullptr;
@@ -76,8 +77,8 @@ void thMesh2D::freeArrays() {
     freeArr(anglesVF);
     anglesVFCap = 0;
     circumInit = false;
-    // kdTree and dij belong to the query code that builds them; it releases them.
   }
+  dropQueryCaches();
   if (initFlag) *initFlag = 0;
   if (ownsArrays) *ownsArrays = 0;
 }

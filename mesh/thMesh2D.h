@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "support/VCppLib.h"
 
@@ -25,6 +26,10 @@ namespace VCppLib {
 class Vkdtree;
 class dijkstra;
 }  // namespace VCppLib
+
+namespace thalmod {
+struct thMeshQueryCache;  // mesh/thMeshIndex.h
+}  // namespace thalmod
 
 namespace thalmod {
 
@@ -140,7 +145,157 @@ class thMesh2D {
 
   // The number after "utm" at the start of the projection (any case), or -1.
   int32_t utmZoneFromProjection();
-  int32_t pointElem(double x, double y) const;  // first element holding the point, -1 if none
+  // ---- Queries (thMeshQuery*.cpp). Arrays handed out are new[] arrays that the caller deletes
+  // with delete[]; per-node lists come as one new[] array of non vectors.
+  //
+  // The element holding a point by the crossing rule on enxCoor, enyCoor: the lowest-numbered
+  // such element, -1 if none. pointElem answers through a bucket index over the element extents
+  // (built on first use, dropped by initMesh); pointElemScan is the plain scan, the same answer.
+  int32_t pointElem(double x, double y) const;
+  int32_t pointElemScan(double x, double y) const;
+  // pointElem inside the domain unless forceNearest; otherwise the element of the nearest centre
+  // by the k-d tree (which carries its last answer into the next query).
+  int32_t pointElemNearest(double x, double y, int32_t forceNearest);
+  bool pointInDomain(double x, double y);  // inside the outer ring (islands ignored)
+  void initCircumference();                // fills the circumference cache once
+  // Faces of the outer ring, from the steepest boundary face at the highest node; sets xMin..yMax.
+  std::vector<int32_t> circumferenceFaces();
+  int32_t circumferenceNodes(int32_t*& nodes);  // nodes of that ring, each once
+  std::vector<int32_t>* nodevf() const;         // [node] faces, counter-clockwise
+  std::vector<int32_t>* nodeElems(bool sorted) const;  // [node] elements
+  // Other node of each face at each node, in nodevf order: counts, offsets, flat list.
+  int32_t nodeNeighbors(int32_t*& nnnPerNode, int32_t*& nnnIdx, int32_t*& nn) const;
+  // Per node and face at it (in face order): the other node, the element on the node's side
+  // (-1 where that side is a ghost column or land), and per node whether all its elements are
+  // triangles. Returns the length of the flat lists.
+  int32_t nodeInfo(int32_t*& nbrCount, int32_t*& nbrs, int32_t*& elems, bool*& allTri) const;
+  int32_t faceBoundary(int32_t f) const;     // index into bndId of an open face, -1 if none
+  int32_t boundaryIndex(int32_t id) const;   // index of a boundary number in bndId, -1 if none
+  double* elemDistances(int32_t e) const;    // [element] centre distance to element e
+  double* anglesElem() const;                // [element entry] corner angle, radians
+  double* anglesMaxPerElem() const;          // [element] largest corner angle, radians
+  double* anglesVFMaxPerElem() const;        // [element] largest anglesVF of its inner faces, degrees
+  int32_t faceCoorsLonLat(double*& x, double*& y) const;  // [face] midpoints in degrees
+  double meanElemSizeDeg() const;            // meanElemSize in the mesh's own units
+  // Grid points of spacing dx, dy inside the mesh; returns their count.
+  int32_t gridPoints(double dx, double dy, double*& x, double*& y);
+  int32_t* evfOrientation() const;           // [element entry] +1 face runs with the element, else -1
+  // Nodes along mesh edges from node `from` to node `to`, `from` first; returns their count.
+  int32_t shortestPath(int32_t from, int32_t to, int32_t*& path);
+  // Elements crossed by the straight line (x0,y0)-(x1,y1) and the distance at the end of each
+  // stretch (-1: outside); returns their count, or -1 (outputs untouched) when the line crosses
+  // no face and starts outside. Candidate faces come from a face index; lineIntersectionsScan
+  // tests every face and gives the same result.
+  int32_t lineIntersections(double x0, double y0, double x1, double y1, int32_t*& ise, double*& isd) const;
+  int32_t lineIntersectionsScan(double x0, double y0, double x1, double y1, int32_t*& ise,
+                                double*& isd) const;
+  // The k-d tree, shortest path graph and spatial indexes built by the queries. Shared between
+  // shallow copies and released with the last of them; kdTree and dij point into it.
+  mutable std::shared_ptr<thMeshQueryCache> queryCache;
+  // Forgets those caches (the next query rebuilds them): run by initMesh and freeArrays.
+  void dropQueryCaches();
+
+  // ---- Sections and meshes made from parts of this one (thMeshSection.cpp). Arrays handed out
+  // are new[] arrays and meshes new objects, all the caller's.
+  // The elements that the polyline of n points crosses, in order (ise, -1 for a stretch outside
+  // the mesh), and the distance from its start at the end of each stretch (isd, mesh units);
+  // returns their count, 0 for n < 2. A line wholly outside the mesh is one -1 stretch. Throws
+  // "line end elem != next line start elem in section. Not implemented." when a line begins in
+  // another element than the one before it ended in (lines that meet on a face).
+  int32_t sectionIntersections(const double* xc, const double* yc, int32_t n, int32_t*& ise, double*& isd) const;
+  // Cuts the mesh along nSections polylines of node numbers (sections[i], sectionLengths[i]
+  // nodes) that end on the outer ring into nSections+1 domains: a new[] array of new[] element
+  // lists, with their lengths in the new[] array domainLengths. nullptr for nSections < 0.
+  int32_t** chopDomian(const int32_t* const* sections, int32_t nSections, const int32_t* sectionLengths,
+                       int32_t*& domainLengths);
+  // One row of quadrilaterals along the open boundary of index `boundary` into bndId, all nodes
+  // closed (99), initialised.
+  thMesh2D* boundaryStripMesh(int32_t boundary) const;
+  // The listed elements, in that order, with their Voronoi points; nodes renumbered in order of
+  // first use and keeping their types; initialised.
+  thMesh2D* subMesh(int32_t n, const int32_t* elems) const;
+
+  // ---- Editing (thMeshEdit.cpp). Numbers are 0-based; after a deletion the numbers above a
+  // deleted node or element shift down by one. Unless said otherwise an edit returns initMesh's
+  // result (0), or 0 when it does not run it. An edit refused for bad input (a number out of
+  // range, a missing list, a negative count) raises VException and leaves the mesh as it was.
+  // With reInitMesh false only the primary arrays, the Voronoi points and eni (kept current) are
+  // valid afterwards: the derived arrays are dropped (null, nvf nivf tnbe nBnd 0) until initMesh.
+  // Once Voronoi points exist, edits keep those of surviving elements and give new elements
+  // points of their own (see each edit); no edit refreshes the caches of the queries.
+  //
+  // Moves the n distinct listed nodes to consecutive numbers, nArr[0] first, at the place where
+  // nArr[0] stands among the unlisted nodes; nt stays at its positions (initMesh rebuilds the
+  // types of nodes on faces). -1 (nothing changed) for n < 2.
+  int32_t editRenumberNodes(int32_t n, const int32_t* nArr);
+  // Deletes the node and every element holding it.
+  int32_t editDelNode(int32_t n, bool reInitMesh);
+  // Deletes the element; its nodes stay, also those that no element uses now.
+  int32_t editDelElem(int32_t e, bool reInitMesh);
+  // Deletes the ne listed elements and nn listed nodes (a list may be null when its count is 0;
+  // a number listed twice is deleted once). No kept element may use a deleted node. Voronoi
+  // points stay with their elements.
+  int32_t editDelNodesElems(int32_t ne, const int32_t* e, int32_t nn, const int32_t* n);
+  int32_t editDelUnusedNodes();  // deletes the nodes that no element uses
+  // Appends a node of type nodeType.
+  int32_t editAddNode(double x, double y, int32_t nodeType, bool reInitMesh);
+  // Appends an element of the n nodes elemNodes (0 to 50); its Voronoi point is its node mean.
+  int32_t editAddElem(int32_t n, const int32_t* elemNodes, bool reInitMesh);
+  // The same for ne elements at once (nnPerElem[k] nodes each, one after the other in elemNodes),
+  // each with its own node mean as Voronoi point.
+  int32_t editAddElems(int32_t ne, const int32_t* elemNodes, const int32_t* nnPerElem, bool reInitMesh);
+  // Appends nn nodes (nxc, nyc, types) and ne elements (nnPerElem[k] nodes each, from elemNodes).
+  // With base >= 0 (and ne >= 1) non-base is added to every entry of elemNodes, in the caller's
+  // array, so that numbers based at `base` in the added set follow the existing nodes; base -1:
+  // the numbers are absolute. Every new element's Voronoi point is the mean of the first
+  // nnPerElem[k] entries of elemNodes (so equal for equal node counts). Runs initMesh.
+  int32_t editAddNodesElemsFull(int32_t nn, const double* nxc, const double* nyc, const int32_t* types, int32_t ne,
+                                int32_t* elemNodes, const int32_t* nnPerElem, int32_t base);
+  int32_t editAddNodesElemsTypes(int32_t nn, const double* nxc, const double* nyc, const int32_t* types, int32_t ne,
+                                 int32_t* elemNodes, int32_t nnPerElem, int32_t base);
+  int32_t editAddNodesElems(int32_t nn, const double* nxc, const double* nyc, int32_t ne, int32_t* elemNodes,
+                            int32_t addnType, int32_t nnPerElem, int32_t base);
+  // Appends all nodes and elements of m (coincident nodes stay double), then destroys m, which
+  // frees the arrays that it shares with its source.
+  int32_t editAddMesh(thMesh2D m);
+  // A new initialised mesh (the caller's) of this mesh's nodes and elements followed by m's,
+  // where a node of m within (x extent of both)/1e6 in x and y of a node of this mesh is that
+  // node. Its projection is the default; Voronoi points are kept when both meshes have them.
+  // This mesh stays as it is; m is destroyed. Meshes of different projections are refused.
+  thMesh2D* mergeMesh(thMesh2D m);
+  // A band of nLength-1 by nWidth quadrilaterals (cell width secWidth, negative: half the mean
+  // segment length) along the polyline of n points, resampled to nLength equally spaced points;
+  // new nodes of type 0.
+  int32_t editAddSquareSection(const double* nxc, const double* nyc, int32_t n, int32_t nLength, int32_t nWidth,
+                               double secWidth);
+  // Sets the Voronoi point of e and stores in anglesVF of its inner faces the plain angle in
+  // radians between face and Voronoi line (not initMesh's deviation in degrees). Returns 0;
+  // notImplemented true raises "Not implemented.".
+  int32_t updateVoronoiCoor(int32_t e, double x, double y, bool notImplemented);
+  // UTM (zone read from the projection after its first three characters) to "LONLAT", and back
+  // into a zone (1 to 60, negative south of the equator; every node within 20 degrees of the
+  // zone's central meridian and on its hemisphere). Each returns 0 at once when the mesh is
+  // already of that kind, and runs initMesh. The Voronoi points are not converted.
+  int32_t toLonLat();
+  int32_t toUTM(int32_t zone);
+
+  // ---- Optimisation (thMeshOptimise.cpp). The movers change only nxCoor, nyCoor of nodes of
+  // type 0 (with triOnly, only of nodes whose elements are all triangles) and leave the derived
+  // arrays stale until the caller runs initMesh. Each returns 0 unless said otherwise.
+  //
+  // Replaces each inner node of exactly 4 faces and 4 triangles by 2 triangles over its
+  // neighbours (diagonal between the pair of larger face count sum, q1-q3 on a tie), skipping a
+  // node that shares a triangle with one already replaced. Returns the number of nodes removed.
+  int32_t optimRemNodesWith4TriElems();
+  // nIterations sweeps, each moving every eligible node to the mean of its neighbours' positions
+  // before the sweep.
+  int32_t optimCenterNodes(int32_t nIterations, bool triOnly);
+  // Moves each eligible node toward its neighbour of the largest element area sum, by
+  // (area difference) x factor / (area range), in node order, later nodes seeing earlier moves.
+  int32_t optimMoveNodesTowardLargeElems(double factor, bool triOnly);
+  // Draws every eligible node within r (r < 0: a twentieth of the summed x and y extents) toward
+  // node n by w = f ((r-d)/r)^p; node n itself stays.
+  int32_t optimDrawNodesTowardNode(int32_t n, double r, double p, double f, bool triOnly);
 
   // Mesh files. See thMeshFile.cpp for the layouts.
   int32_t readMeshFromFile(std::string fileName);
