@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <utility>
 
 #include "model/thModelInfo.h"
@@ -74,6 +75,57 @@ inline void buildModel(thalmod::thModelInfo& mi, int n) {
   mi.initCells();
   mi.startDT = 1262304000;
   mi.dt = 3600.0;
+}
+
+// A mixed mesh of nx by ny cells of 100 m from (x0, y0) in UTM metres, inner nodes jittered by up
+// to 20 m: the western half quadrilaterals, the eastern half split into two triangles each along
+// alternating diagonals, so that every other inner node there has four triangles. Open boundary 1
+// along the west side. With orphanEvery > 0 an unused node follows every orphanEvery-th grid node.
+// Primary arrays only; the caller runs initMesh.
+inline void buildJitteredMesh(thalmod::thMesh2D& m, int32_t nx, int32_t ny, int32_t orphanEvery = 0,
+                              double x0 = 400000.0, double y0 = 6600000.0) {
+  const int64_t grid = static_cast<int64_t>(nx + 1) * (ny + 1);
+  auto number = [orphanEvery](int64_t g) {
+    return static_cast<int32_t>(orphanEvery > 0 ? g + g / orphanEvery : g);
+  };
+  m.non = number(grid - 1) + 1 + (orphanEvery > 0 && grid % orphanEvery == 0 ? 1 : 0);
+  m.nxCoor = new double[m.non];
+  m.nyCoor = new double[m.non];
+  m.nt = new int32_t[m.non];
+  for (int32_t i = 0; i < m.non; ++i) m.nxCoor[i] = x0 - 50.0, m.nyCoor[i] = y0 - 50.0, m.nt[i] = 0;
+  uint64_t seed = 987654321;
+  auto rnd = [&seed] {
+    seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
+    return static_cast<double>(seed >> 11) / 9007199254740992.0 - 0.5;
+  };
+  for (int32_t j = 0; j <= ny; ++j)
+    for (int32_t i = 0; i <= nx; ++i) {
+      const int32_t k = number(static_cast<int64_t>(j) * (nx + 1) + i);
+      const bool rim = i == 0 || j == 0 || i == nx || j == ny;
+      m.nxCoor[k] = x0 + 100.0 * i + (rim ? 0.0 : 40.0 * rnd());
+      m.nyCoor[k] = y0 + 100.0 * j + (rim ? 0.0 : 40.0 * rnd());
+      m.nt[k] = i == 0 ? 1 : 0;
+    }
+  const int32_t half = nx / 2;
+  m.noe = ny * half + 2 * ny * (nx - half);
+  m.nonpe = new int32_t[m.noe];
+  m.en = new int32_t[4 * static_cast<int64_t>(m.noe)];
+  int64_t k = 0;
+  int32_t e = 0;
+  for (int32_t j = 0; j < ny; ++j)
+    for (int32_t i = 0; i < nx; ++i) {
+      const int64_t g = static_cast<int64_t>(j) * (nx + 1) + i;
+      const int32_t a = number(g), b = number(g + 1), c = number(g + nx + 2), d = number(g + nx + 1);
+      if (i < half) {
+        for (int32_t n : {a, b, c, d}) m.en[k++] = n;
+        m.nonpe[e++] = 4;
+        continue;
+      }
+      const int32_t tris[2][6] = {{a, b, c, a, c, d}, {a, b, d, b, c, d}};  // diagonal through even nodes
+      for (int32_t n : tris[(i + j) % 2]) m.en[k++] = n;
+      m.nonpe[e++] = 3;
+      m.nonpe[e++] = 3;
+    }
 }
 
 }  // namespace bench

@@ -285,7 +285,9 @@ class thMesh2D {
   //
   // Replaces each inner node of exactly 4 faces and 4 triangles by 2 triangles over its
   // neighbours (diagonal between the pair of larger face count sum, q1-q3 on a tie), skipping a
-  // node that shares a triangle with one already replaced. Returns the number of nodes removed.
+  // node that shares a triangle with one already replaced. The new triangles (clockwise, at the
+  // end of the element list) get their node means as Voronoi points; runs initMesh when a node
+  // went. Returns the number of nodes removed.
   int32_t optimRemNodesWith4TriElems();
   // nIterations sweeps, each moving every eligible node to the mean of its neighbours' positions
   // before the sweep.

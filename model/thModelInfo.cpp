@@ -15,7 +15,8 @@
 namespace thalmod {
 
 using VCppLib::VException;
-using VCppLib::VStr::toString;
+// Qualified: inside the members, the name toString is the model's own report.
+namespace VStr = VCppLib::VStr;
 
 // ---------------------------------------------------------------- enumerations
 
@@ -323,18 +324,18 @@ void checkMesh(const thMesh2D& m) {
     throw VException(notInit);
   for (int32_t j = 0; j < m.tnbe; j++) {
     if (m.bndElem[j] < 0 || m.bndElem[j] >= m.noe)
-      throw VException("thModelInfo::initCells: open boundary face " + toString(m.nivf + j) +
+      throw VException("thModelInfo::initCells: open boundary face " + VStr::toString(m.nivf + j) +
                        " has no element in the mesh.");
   }
   for (int32_t b = 0; b < m.nBnd; b++) {
     if (m.bndFirst[b] < 0 || m.bndNoFaces[b] < 0 || m.bndFirst[b] + m.bndNoFaces[b] > m.tnbe)
-      throw VException("thModelInfo::initCells: open boundary " + toString(b) +
+      throw VException("thModelInfo::initCells: open boundary " + VStr::toString(b) +
                        " lists faces outside the mesh's open boundary faces.");
   }
   for (int32_t f = 0; f < m.nivf + m.tnbe; f++) {
     int32_t e0 = m.vfe[2 * f], e1 = m.vfe[2 * f + 1];
     if (e0 < 0 || e0 >= m.noe || (f < m.nivf && (e1 < 0 || e1 >= m.noe)))
-      throw VException("thModelInfo::initCells: face " + toString(f) + " lacks an element on one side.");
+      throw VException("thModelInfo::initCells: face " + VStr::toString(f) + " lacks an element on one side.");
   }
   for (int32_t e = 0; e < m.noe; e++) {
     if (m.nivfpe[e] < 0 || m.nbvfpe[e] < 0 || m.eni[e] < 0 || m.eni[e] + m.nivfpe[e] + m.nbvfpe[e] > m.nevf)
@@ -346,7 +347,7 @@ void checkMesh(const thMesh2D& m) {
 
 int32_t thModelInfo::initCells() {
   if (nol < 1)
-    throw VException("thModelInfo::initCells: the model has no layers (nol = " + toString(nol) + ").");
+    throw VException("thModelInfo::initCells: the model has no layers (nol = " + VStr::toString(nol) + ").");
   if (dz == nullptr) throw VException("thModelInfo::initCells: the layer thicknesses (dz) are missing.");
   const thMesh2D& m = mesh2d;
   const int32_t noe = m.noe, tnbe = m.tnbe, nivf = m.nivf;
@@ -383,8 +384,8 @@ int32_t thModelInfo::initCells() {
     etli[e] = nol - 1;
     if (enolGiven && enol[e] > 0) {
       if (enol[e] > nol)
-        throw VException("thModelInfo::initCells: element " + toString(e) + " has " + toString(enol[e]) +
-                         " layers, more than the " + toString(nol) + " layers of the model.");
+        throw VException("thModelInfo::initCells: element " + VStr::toString(e) + " has " + VStr::toString(enol[e]) +
+                         " layers, more than the " + VStr::toString(nol) + " layers of the model.");
       ebli[e] = nol - enol[e];
     } else {
       int32_t k = 0;
@@ -673,13 +674,13 @@ double thModelInfo::layerUpperEdge(int32_t layer, int32_t elem) const {
   if (layerDepth == nullptr || dz == nullptr)
     throw VException("thModelInfo::layerUpperEdge: the layers are not initialised (initCells).");
   if (layer < 0 || layer >= nol)
-    throw VException("thModelInfo::layerUpperEdge: layer " + toString(layer) + " is outside 0.." +
-                     toString(nol - 1) + ".");
+    throw VException("thModelInfo::layerUpperEdge: layer " + VStr::toString(layer) + " is outside 0.." +
+                     VStr::toString(nol - 1) + ".");
   double edge = layerDepth[layer] - dz[layer] * 0.5;
   if (layerType == sigma) {
     if (elemBathy == nullptr || elem < 0 || elem >= mesh2d.noe)
-      throw VException("thModelInfo::layerUpperEdge: element " + toString(elem) + " is outside 0.." +
-                       toString(mesh2d.noe - 1) + ".");
+      throw VException("thModelInfo::layerUpperEdge: element " + VStr::toString(elem) + " is outside 0.." +
+                       VStr::toString(mesh2d.noe - 1) + ".");
     edge *= elemBathy[elem];
   }
   return edge;
@@ -689,8 +690,8 @@ int32_t thModelInfo::depth2Layer(int32_t elem, double depth) const {
   if (ebli == nullptr || elemBathy == nullptr || layerDepth == nullptr)
     throw VException("thModelInfo::depth2Layer: the cells are not initialised (initCells).");
   if (elem < 0 || elem >= mesh2d.noe)
-    throw VException("thModelInfo::depth2Layer: element " + toString(elem) + " is outside 0.." +
-                     toString(mesh2d.noe - 1) + ".");
+    throw VException("thModelInfo::depth2Layer: element " + VStr::toString(elem) + " is outside 0.." +
+                     VStr::toString(mesh2d.noe - 1) + ".");
   if (depth > elemBathy[elem] || depth < 0) return ebli[elem];
   if (layerType == sigma) depth /= elemBathy[elem];
   int32_t l = ebli[elem];

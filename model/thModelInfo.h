@@ -140,6 +140,76 @@ class thModelInfo {
   // Refills cellTop from the current etli.
   void updateCellTop();
 
+  // The vertical section along the n stretches of a section (ise, isd as from
+  // thMesh2D::sectionIntersections) as a new initialised mesh that the caller deletes: x the
+  // distance along the section, y the height (depths negative), one quadrilateral per crossed
+  // cell, stretch after stretch and bottom up. ish: n surface heights, or null for -topDepth
+  // (z-layers) or 0 (sigma). A stretch outside the mesh (-1) has no cells and, with z-layers, no
+  // nodes of its own. Throws "ise2VMesh: Not implemented." for other layer types (model/thModelSection.cpp).
+  thMesh2D* ise2VMesh(const int32_t* ise, const double* isd, int32_t n, const double* ish) const;
+
+  // Set-up from configuration values (model/thModelSetup.cpp). Everything is read and checked
+  // before the model changes, so that a failure leaves it as it was.
+  // initModel: reads the mesh file (by mesh2d's meshFmt, with mesh2d's projection), the
+  // bathymetry (as setElemBathy), the layer thicknesses from a comma-separated list, bottom layer
+  // first (a piece that is no number is a layer of 0.0), stores topDepth; returns initCells.
+  int32_t initModel(std::string layerThickness, std::string meshFile, std::string bathymetry, double topDepth);
+  // elemBathy (and enol) from a number (every element), an inline list with "," between records,
+  // or a file with one record a line; a record is a depth and optionally a layer count, split at
+  // tab, blank or ";" (a count <= 0 is worked out from the depth). Needs mesh2d. Returns 0.
+  int32_t setElemBathy(std::string bathymetry);
+  // The General block of a model configuration file; noTs > 0 is written instead of nt.
+  std::string modelXml(int32_t noTs);
+  // Puts checked depths and layer counts (none: enol null) in place of elemBathy and enol.
+  void installBathy(std::vector<double>& depth, std::vector<int32_t>& layers);
+
+  // Thicknesses next to the moving surface (model/thModelDZ.cpp), z-layers only. h: surface
+  // elevation by element (noe values, positive up); u: velocity by U-point (totNoUPnts values,
+  // positive from vfe[2f] to vfe[2f+1]), read by face rule 3 (and any rule but 0, 1, 2) and by
+  // wet/dry. Face rules: 0 highest, 1 lowest, 2 mean of the two sides, 3 upwind.
+  // initWetDry: keeps the bottom thicknesses (edzInit) and top layers (etliOld) for wet/dry runs.
+  void initWetDry();
+  // Top entries of the face rows; with wetDry (rule 3 only, after updateDZWetDry) whole rows.
+  void updateDZf(double* h, double* u, int32_t faceRule, bool swapBuffers, bool wetDry);
+  // Top cells of the columns, whose top layers stay where they are.
+  void updateDZ(double* h, bool swapBuffers);
+  // Columns whose top layers move: the cells that flood are appended to wetCells, those that dry
+  // to dryCells. A column keeps its bottom cell, with a negative thickness if the surface lies
+  // under the sea bed. The volumes of the cells that flood or dry follow their thickness, so that
+  // the cells hold the column's water. keepOld copies edz to edzOld and etli to etliOld first.
+  void updateDZWetDry(double* h, std::vector<int32_t>& wetCells, std::vector<int32_t>& dryCells, bool keepOld);
+  // cellVol of each column's top cell from edz.
+  void updateTopCellVol();
+  // Refuses (layer type, cells, mesh changed since initCells, h missing) before anything changes.
+  void checkThicknessRows(const std::string& fn, const double* h) const;
+  // A member-wise copy gets cells of its own before arrays are added to it.
+  void ownCells();
+
+  // Boundaries and adjacent cells (model/thModelBoundary.cpp).
+  // A new model, owned by the caller, of the strip of quadrilaterals along open boundary index
+  // `boundary` (into bndId), element i outside face bndFirst[boundary]+i; oneLayer: one layer of
+  // dz[1] and depth 1.0 (needs nol >= 2).
+  thModelInfo* bndModel(int32_t boundary, bool oneLayer);
+  // Rounded to `decimals` decimals, up when x's own fraction is 0.5 or more, else down.
+  static double roundDec(double x, double decimals);
+  // Horizontally adjacent cells of a sigma grid (cell e*nol+l; layerType set to sigma after
+  // initCells over columns that all reach layer 0): weights are shared face areas (asAreas) or
+  // shares of the neighbours' volumes, normalised and made symmetric.
+  void popHAC(bool asAreas);
+  // A new array of cells values, owned by the caller: the 3-D distance of each computational cell
+  // to `cell` (centre depths and element centre distances).
+  double* cellDistances(int32_t cell);
+
+  // Reports (model/thModelReport.cpp). toString: mesh, layers and cells; level > 0 adds the
+  // element distances, level >= 6 each open boundary. blowupReport: the column and faces of one
+  // computational cell, after initWetDry. (Inside the members, toString names this report: the
+  // support library's VStr::toString is written qualified there.)
+  std::string toString(int32_t level) const;
+  std::string blowupReport(int32_t cell) const;
+  // count values at 6 significant digits with the delimiter between them; "" for null.
+  static std::string joinValues(const double* values, int32_t count, std::string delimiter);
+  static std::string joinValues(const int32_t* values, int32_t count, std::string delimiter);
+
   // Time axis. Timestep ts lies at startDT + (int32)(ts*dt) seconds.
   int64_t ts2DT(int32_t ts) const;
   std::string ts2StrDT(int32_t ts) const;

@@ -11,6 +11,7 @@
 // Sources: thResultFile.cpp (object, enumerations, format detection, dispatch, file names),
 // thResultFileNC.cpp (NetCDF header and writing), thResultFileItems.cpp (item data),
 // thResultFileLayers.cpp (layers and profiles), thResultFileSeries.cpp (time series),
+// thResultFileSection.cpp (sections),
 // thResultFileWrite.cpp (the writing sequence common to all formats), thResultFileReport.cpp
 // (toString), and one source per further format: thResultFileEMB.cpp (EMB, RESTART, DECOUPLED)
 // and thResultFileText.cpp (EMT, EMF, TEXT0D, TEXT1D), which implement the per-format members
@@ -111,6 +112,9 @@ class thResultFile {
   // Values read at a time by the layer read of EMB files (about a megabyte): the columns are picked
   // while a run is in the cache. A column longer than a run is read as a run of its own.
   int32_t layerRunValues = 1 << 18;
+  // Layer sections through at most this many elements read their columns one by one; more, and
+  // the whole item is read once.
+  int32_t sectionColumnReads = 1000;
 
   // format -1 finds the format from the file name. If the file exists its header is read at once.
   explicit thResultFile(std::string filename = "", int32_t format = -1);
@@ -163,6 +167,31 @@ class thResultFile {
                                      double r, double p);
   // One element's column into the caller's buffer of nol values, indexed by absolute layer.
   int32_t readProfile(int32_t itemNo, int32_t timestep, int32_t elemNo, float* data);
+
+  // ---- sections (thResultFileSection.cpp). Results are new arrays, the caller's; the FreeMem
+  // members release them. Each returns 0, or the negative status of a failed item read (the
+  // values are then delVal).
+  // Cartesian: points every `dist` along the polyline of noPnts points (a remainder is carried
+  // over a bend; d is nominal, 0, dist, 2 dist, ...) times the noZ depths z; v[i*noZ+j] is point i
+  // at depth j, every column taken to own nol cells; delVal outside the mesh, below the sea bed
+  // and beyond the item. xC, yC: the points.
+  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
+                             const double* z, int32_t noZ, double dist, double** d, int32_t* noD, double** v,
+                             int32_t* noV, double** xC, double** yC);
+  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
+                             const double* z, int32_t noZ, double dist, double** d, int32_t* noD, double** v,
+                             int32_t* noV);
+  static void extractSectionCartFreeMem(double* d, double* v, double* xC, double* yC);
+  static void extractSectionCartFreeMem(double* d, double* v);
+  // Layers: at each point inside the mesh, for each layer whose centre lies above the element's sea
+  // bed, the distance walked (d), the layer centre's depth (z) and the cell's value (v); *n entries.
+  // Points outside the mesh are skipped.
+  int32_t extractSectionLayers(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
+                               double** d, double** z, double** v, int32_t* n);
+  // The same at ceil(length/dist)+1 points spread evenly along a line, its end exactly.
+  int32_t extractSectionLayers(int32_t itemNo, int32_t timestep, double x0, double y0, double x1, double y1,
+                               double dist, double** d, double** z, double** v, int32_t* n);
+  static void extractSectionLayersFreeMem(double* d, double* z, double* v);
 
   // ---- time series; timeStepTo is not part of the range, negative means to the end
   // *data: a new array, one value per timestep. Returns the number of values.

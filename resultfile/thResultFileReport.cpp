@@ -6,19 +6,6 @@
 
 namespace thalmod {
 
-namespace {
-
-// The model's own report, where the model description offers one.
-template <typename M>
-std::string modelReport(M& model, int32_t level) {
-  if constexpr (requires { { model.toString(level) } -> std::convertible_to<std::string>; })
-    return model.toString(level);
-  else
-    return "";
-}
-
-}  // namespace
-
 std::string thResultFile::toString(int32_t level) {
   namespace VStr = VCppLib::VStr;
   const std::string& nl = VCppLib::newline;
@@ -30,7 +17,7 @@ std::string thResultFile::toString(int32_t level) {
   size_t n = std::min(itemNameVec.size(), itemLengthVec.size());
   for (size_t i = 0; i < n; ++i)
     s += "\t" + itemNameVec[i] + ", length=" + VStr::toString<int>(itemLengthVec[i]) + nl;
-  if (level > 9) s += modelReport(mInfo, level);
+  if (level > 9) s += mInfo.toString(level);
   return s;
 }
 

@@ -61,7 +61,7 @@ class SampleRun : public ::testing::Test {
 // seconds since 2024-06-01 00:00:00, bed the depth of the sea bed.
 inline constexpr double pi = 3.14159265358979323846;
 inline double sampleElevation(double x, double t) {
-  return 0.6 * (1 + 0.25 * (x - 500000.0) / 24000.0) * std::cos(2 * pi * t / (12.42 * 3600) - 0.7);
+  return 2.2 * (1 + 0.25 * (x - 500000.0) / 24000.0) * std::cos(2 * pi * t / (12.42 * 3600) - 0.7);
 }
 inline double sampleTemperature(double x, double z, double t, double bed) {
   double u = std::clamp((x - 500000.0) / 24000.0, 0.0, 1.0);

@@ -59,7 +59,32 @@ void describeRun(thalmod::thModelInfo& m, const FjordMesh& fj) {
   m.initCells();
 }
 
-void writeRun(const std::string& path, const FjordMesh& fj) {
+// The lowest water of the run: when most columns fall dry (their surface under the sea bed), how
+// many, and how many cells are dry then.
+struct LowWater {
+  int32_t dryColumns = 0, dryCells = 0;
+  std::string when;
+};
+
+// Follows the surface through the run with the model's wet/dry update, on a copy of the model so
+// that the file describes the model at rest.
+struct WetDryWatch {
+  explicit WetDryWatch(const thalmod::thModelInfo& m) : model(m.clone()) { model->initWetDry(); }
+  void step(int32_t t, std::vector<double>& elev) {
+    std::vector<int32_t> wet, dry;
+    model->updateDZWetDry(elev.data(), wet, dry, true);
+    int32_t columns = 0, cells = 0;
+    for (int32_t e = 0; e < model->mesh2d.noe; ++e) {
+      columns += model->edz[e][0] < 0.0;
+      cells += model->nol - 1 - model->etli[e];
+    }
+    if (columns > low.dryColumns) low = {columns, cells, model->ts2StrDT(t)};
+  }
+  std::unique_ptr<thalmod::thModelInfo> model;
+  LowWater low;
+};
+
+LowWater writeRun(const std::string& path, const FjordMesh& fj) {
   thalmod::thResultFile rf(path, thalmod::NC);
   thalmod::thModelInfo& m = rf.mInfo;
   describeRun(m, fj);
@@ -69,6 +94,7 @@ void writeRun(const std::string& path, const FjordMesh& fj) {
   rf.addItem("elevation", g.noe);
   rf.writeHeader();
 
+  WetDryWatch watch(m);
   std::vector<double> temp(m.cells), salt(m.cells), elev(g.noe);
   for (int32_t t = 0; t < m.nt; ++t) {
     const double sec = t * m.dt;
@@ -82,8 +108,10 @@ void writeRun(const std::string& path, const FjordMesh& fj) {
     rf.writeItemData(temp.data(), m.cells);
     rf.writeItemData(salt.data(), m.cells);
     rf.writeItemData(elev.data(), g.noe);
+    watch.step(t, elev);
   }
   rf.closeFile(m.nt);
+  return watch.low;
 }
 
 void putText(int ncid, int varid, const char* name, const std::string& text) {
@@ -131,7 +159,7 @@ int cmdSample(const Args& args) {
   }
 
   const FjordMesh fj = buildFjordMesh();
-  writeRun(runPath, fj);
+  const LowWater low = writeRun(runPath, fj);
   const FjordRaster raster = rasterizeFjord(fj, rasterSpacing);
   writeRaster(rasterPath, raster);
 
@@ -140,6 +168,10 @@ int cmdSample(const Args& args) {
             << " hourly timesteps of temperature, salinity (3-D) and elevation (2-D) from " << fjordStart << ".\n"
             << "Wrote " << rasterPath << ": its bathymetry on a grid of " << raster.x.size() << "x"
             << raster.y.size() << " points, " << rasterSpacing << " m apart.\n";
+  if (low.dryColumns > 0) {
+    std::cout << "At low water (" << low.when << ") the surface falls below the sea bed of " << low.dryColumns
+              << " columns at the head of the fjord, and " << low.dryCells << " cells lie dry.\n";
+  }
   return 0;
 }
 

@@ -32,11 +32,28 @@ const char* usageText =
     "      the values at a point over all timesteps, as CSV (L defaults to the surface)\n"
     "  thal profile FILE --item NAME --at X,Y --time T\n"
     "      the values of all layers at a point and a timestep, as CSV\n"
+    "  thal section FILE --item NAME --line X1,Y1:X2,Y2[:...] --time T [--csv] [-o OUT.png]\n"
+    "               [--size WxH] [--range MIN:MAX] [--palette NAME]\n"
+    "      a 3-D item cell by cell along a polyline, as CSV (--csv) or as a PNG of the vertical\n"
+    "      section (distance along the line against depth) with the sea bed and a legend\n"
     "  thal convert IN OUT\n"
     "      rewrites a result file as NC or EMB, by OUT's extension (.nc, .emb): every item and\n"
     "      timestep, the time axis and the model description with its mesh\n"
     "  thal sample DIR\n"
     "      writes a sample model run (fjord.nc) and its bathymetry (fjord_bathy.nc) into DIR\n"
+    "  thal mesh info MESH\n"
+    "      counts, extent, projection, boundaries, the orthogonality verdict and the worst angles\n"
+    "  thal mesh convert IN OUT\n"
+    "      a mesh file as text (.mesh, .emt, .txt) or binary (.emb, .bmesh, .bin), by OUT's extension\n"
+    "  thal mesh optimise IN OUT [--passes N] [--tri-only] [--even F]\n"
+    "      N sweeps (3) moving each inner node to the mean of its neighbours (--tri-only: among\n"
+    "      triangles only; --even F: each sweep also draws nodes toward larger elements by F), fresh\n"
+    "      Voronoi points, and the orthogonality before and after\n"
+    "  thal mesh project IN OUT --to lonlat|utmNN\n"
+    "      the mesh in longitude/latitude or UTM zone NN (negative south of the equator)\n"
+    "  thal mesh merge A B OUT\n"
+    "      two meshes joined at their common nodes\n"
+    "      (each mesh command takes --projection P, the projection of its input: UTM32 unless given)\n"
     "\n"
     "FILE is a result file: NC, or EMB with the \"^\" files that continue it (RESTART and DECOUPLED\n"
     "files too, where their items allow). A TEXT0D table goes to info and to series (without --at),\n"
@@ -78,6 +95,8 @@ int run(int argc, char** argv) {
     std::cout << usageText << "\nPalettes: " << thTool::paletteNames() << ".\n";
     return 0;
   }
+  if (name == "mesh") return thTool::cmdMesh(argc, argv);
+  if (name == "section") return thTool::cmdSection(argc, argv);
   for (const Command& c : commands)
     if (name == c.name) return c.run(Args::parse(name, argc, argv, 2, c.options));
   return fail("Unknown command '" + name + "'; 'thal --help' lists the commands.");

@@ -15,7 +15,9 @@ inline constexpr double fjordLength = 24000.0;  // along the axis, mouth to head
 inline const std::string fjordStart = "2024-06-01 00:00:00";
 inline constexpr int32_t fjordTimesteps = 48;
 inline constexpr double fjordDt = 3600.0;
-inline constexpr double fjordTideAmplitude = 0.6;  // m at the mouth
+// m at the mouth; growing by a quarter towards the head, it leaves the shallowest columns there
+// dry at low water.
+inline constexpr double fjordTideAmplitude = 2.2;
 inline constexpr double fjordTidePeriod = 12.42 * 3600.0;  // the M2 tide, in seconds
 inline constexpr double fjordTidePhase = 0.7;  // rad at the start of the run
 

@@ -1,0 +1,108 @@
+// A model set up from a mesh file, a bathymetry specification and a layer list, and the General
+// block of its configuration, read back.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "model/thModelInfo.h"
+#include "modelTestMeshes.h"
+#include "support/VXml.h"
+#include "testutil/thTestUtil.h"
+
+using thalmod::thModelInfo;
+using VI = std::vector<int32_t>;
+using VD = std::vector<double>;
+
+namespace {
+
+// The strip of three unit squares, right end open, as a mesh file.
+std::string stripMeshFile(const thTest::TempDir& dir) {
+  thModelInfo m;
+  modelTest::stripMesh(m.mesh2d, true, false);
+  thTest::writeText(dir.file("strip.mesh"), m.mesh2d.toString());
+  return dir.file("strip.mesh");
+}
+
+// The numbering and thicknesses of two models agree.
+void expectSameCells(const thModelInfo& a, const thModelInfo& b) {
+  ASSERT_EQ(VI({a.cells, a.totNoUPnts, a.totNoBndCells, a.mesh2d.noe}), VI({b.cells, b.totNoUPnts, b.totNoBndCells, b.mesh2d.noe}));
+  const int32_t cols = a.mesh2d.noe + a.mesh2d.tnbe;
+  EXPECT_EQ(VI(a.ebli, a.ebli + cols), VI(b.ebli, b.ebli + cols));
+  EXPECT_EQ(VI(a.botlayerIdx, a.botlayerIdx + cols), VI(b.botlayerIdx, b.botlayerIdx + cols));
+  EXPECT_EQ(VI(a.fUIdx, a.fUIdx + a.totNoUvf), VI(b.fUIdx, b.fUIdx + b.totNoUvf));
+  EXPECT_EQ(VD(a.cellVol, a.cellVol + a.cells), VD(b.cellVol, b.cellVol + b.cells));
+  EXPECT_EQ(VD(a.elemBathy, a.elemBathy + a.mesh2d.noe), VD(b.elemBathy, b.elemBathy + b.mesh2d.noe));
+}
+
+}  // namespace
+
+TEST(ModelSetup, BathymetryForms) {
+  thTest::TempDir dir;
+  thTest::writeText(dir.file("crlf.txt"), "4\r\n5 2\r\n6\t3\r\n\r\n");
+  thTest::writeText(dir.file("bad.txt"), "abc\n2;\n3\n");
+  thTest::writeText(dir.file("four.txt"), "1\n2\n3\n4\n");
+  thModelInfo mi;
+  modelTest::stripMesh(mi.mesh2d, true, false);
+  struct Case { std::string spec; VD depth; VI enol; };
+  // A leading blank makes an empty depth field (0) and the depth the layer count.
+  for (const Case& c : {Case{"12.5", {12.5, 12.5, 12.5}, {}}, Case{"1,2,3", {1, 2, 3}, {-1, -1, -1}},
+                        Case{"5;3,6;4, 7", {5, 6, 0}, {3, 4, 7}}, Case{dir.file("crlf.txt"), {4, 5, 6}, {-1, 2, 3}},
+                        Case{dir.file("bad.txt"), {0, 2, 3}, {-1, 0, -1}}}) {
+    EXPECT_EQ(mi.setElemBathy(c.spec), 0);
+    EXPECT_EQ(VD(mi.elemBathy, mi.elemBathy + 3), c.depth) << c.spec;
+    EXPECT_EQ(mi.enol ? VI(mi.enol, mi.enol + 3) : VI{}, c.enol) << c.spec;
+    EXPECT_EQ(mi.bathymetry, c.spec);
+  }
+  // Failures leave the model as it was.
+  const double* kept = mi.elemBathy;
+  EXPECT_VEXCEPTION(mi.setElemBathy("1,2"), "Wrong number of values in bathymetry.");
+  EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("four.txt")), "Wrong number of values in bathymetry.");
+  EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("no.txt")), "thModelInfo::setElemBathy: No such file: '" + dir.file("no.txt") + "'");
+  EXPECT_TRUE(mi.elemBathy == kept && mi.elemBathy[0] == 0 && mi.bathymetry == dir.file("bad.txt"));
+  EXPECT_VEXCEPTION(thModelInfo().setElemBathy("3"),
+                    "thModelInfo::setElemBathy initialize mesh2d before calling this function. " + thGlobal::errTail);
+}
+
+TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
+  thTest::TempDir dir;
+  const std::string mesh = stripMeshFile(dir);
+  thModelInfo byArrays, mi;
+  modelTest::stripMesh(byArrays.mesh2d, true, false);
+  byArrays.nol = 4;
+  byArrays.dz = new double[4]{4, 3, 2, 1};
+  byArrays.elemBathy = new double[3]{8, 3, 1.05};
+  byArrays.initCells();
+  EXPECT_EQ(mi.initModel("4,3,2,1", mesh, "8,3,1.05", 0.0), 0);
+  expectSameCells(mi, byArrays);
+  // A failure, wherever it arises, leaves the model as it was.
+  EXPECT_VEXCEPTION(mi.initModel("1", mesh, "1,2", 0.0), "Wrong number of values in bathymetry.");
+  EXPECT_VEXCEPTION_HAS(mi.initModel("1", dir.file("none.mesh"), "1", 0.0), "none.mesh");
+  EXPECT_VEXCEPTION_HAS(mi.initModel("1,1", mesh, "1;5,1,1", 0.0), "'1,1'");
+  expectSameCells(mi, byArrays);
+  EXPECT_EQ(mi.layerThickness, "4,3,2,1");
+  // A list that does not reach the deepest bed: the bottom cell reaches down to the bed (8 below
+  // the upper edge 1.5 of layer 0). A piece that is no number is a layer of 0.
+  EXPECT_EQ(mi.initModel("2,x,1", mesh, "8", 0.5), 0);
+  EXPECT_EQ(VD(mi.dz, mi.dz + 3), VD({2, 0, 1}));
+  EXPECT_EQ(mi.edz[0][0], 6.5);
+
+  // The General block, and what a reader of it takes from it sets up the same model.
+  mi.initModel("4,3,2,1", mesh, "8,3,1.05", 0.0);
+  mi.setStartDT("2024-06-01 00:00:00");
+  mi.dt = 1800;
+  mi.nt = 5;
+  const std::string block = mi.modelXml(0);
+  EXPECT_EQ(block, "<General>\n\t<Type>water</Type>\n\t<Mesh>\n\t\t<Filename>" + mesh +
+                       "</Filename>\n\t\t<Format>EMT</Format>\n\t\t<Projection>UTM32</Projection>\n\t</Mesh>\n"
+                       "\t<Bathymetry>8,3,1.05</Bathymetry>\n\t<LayerThickness>4,3,2,1</LayerThickness>\n"
+                       "\t<LayerType>zlayer</LayerType>\n\t<StartDT>2024-06-01 00:00:00</StartDT>\n\t<DT>1800</DT>\n"
+                       "\t<NoTimesteps>5</NoTimesteps>\n\t<CheckBlowUp>true</CheckBlowUp>\n</General>\n");
+  EXPECT_EQ(VCppLib::xmlGetValue(mi.modelXml(7), "General/NoTimesteps"), "7");
+  EXPECT_EQ(mi.nt, 5);
+  thModelInfo back;
+  back.initModel(VCppLib::xmlGetValue(block, "General/LayerThickness"), VCppLib::xmlGetValue(block, "Mesh/Filename"),
+                 VCppLib::xmlGetValue(block, "General/Bathymetry"), 0.0);
+  back.setStartDT(VCppLib::xmlGetValue(block, "General/StartDT"));
+  expectSameCells(back, mi);
+  EXPECT_EQ(back.startDT, mi.startDT);
+}
