@@ -1,0 +1,101 @@
+// The result file facade over the small hand-made NC run: each read against the values worked out
+// by hand for that run, each default once, the "no result" forms and the ownership of what the
+// library allocates (checked by the sanitizer build).
+#include <cstring>
+#include <vector>
+
+#include "facade/thResultFileWrapper.h"
+#include "testutil/thResultFixtures.h"
+#include "testutil/thTestUtil.h"
+
+using thTest::SmallModel;
+using thWrapper::thResultFileWrapper;
+using VD = std::vector<double>;
+
+namespace {
+
+VD temps(int t, std::vector<int> cells) {
+  VD v;
+  for (int c : cells) v.push_back(SmallModel::temp(t, c));
+  return v;
+}
+
+}  // namespace
+
+TEST(thResultFileWrapper, NameFormatHeaderAndItems) {
+  thTest::TempDir dir;
+  thResultFileWrapper w;
+  EXPECT_TRUE(w.items().empty());
+  EXPECT_EQ(w.format(), -1);
+  EXPECT_EQ(thResultFileWrapper::delVal(), -1e-30f);
+  EXPECT_EQ(thResultFileWrapper::longDT2StrDT(thResultFileWrapper::strDT2LongDT("2010-01-01 01:00:00")),
+            "2010-01-01 01:00:00");
+  w.filename(dir.file("missing.nc"));
+  EXPECT_EQ(w.format(), -1);
+  EXPECT_EQ(w.readHeader(), -1);
+  ASSERT_TRUE(w.mInfo);  // made even when nothing was read
+  std::string fn = dir.file("run.nc");
+  thTest::writeSmallModelNc(fn);
+  w.filename(fn);
+  EXPECT_EQ(w.format(), 10);
+  EXPECT_EQ(w.readHeader(), 0);
+  EXPECT_EQ(w.items(), (std::vector<std::string>{"temp", "elev"}));
+  EXPECT_EQ(w.mInfo->nol(), 3);
+  EXPECT_EQ(w.fileVersion(), 8);
+  EXPECT_NE(w.toString(0).find("Format:\tNC"), std::string::npos);
+  std::vector<uint8_t> bmd(4 * 300);
+  w.test(bmd, 9, 0, 0x01020304);  // pixel (9 + 20) * 10
+  int32_t px;
+  std::memcpy(&px, bmd.data() + 4 * 290, 4);
+  EXPECT_EQ(px, 0x01020304);
+  EXPECT_VEXCEPTION_HAS(w.test(bmd, 20, 0, 1), "outside the bitmap");
+  w.Dispose();
+  EXPECT_VEXCEPTION_HAS(w.items(), "disposed");
+}
+
+TEST(thResultFileWrapper, ReadsGiveTheRunsValues) {
+  thTest::TempDir dir;
+  std::string fn = dir.file("run.nc");
+  thTest::writeSmallModelNc(fn);
+  thResultFileWrapper w;
+  w.filename(fn);
+  w.readHeader();
+  // top cells at t 0: e0 cell 2, e1 cell 4, e2 cell 5, e3 cell 8
+  EXPECT_EQ(w.readLayer(0, 0, 999), temps(0, {2, 4, 5, 8}));
+  // columns of elements 3 and 1; the negative entry leaves no gap
+  EXPECT_EQ(w.readItemData(0, 1, {3, -1, 1}), temps(1, {6, 7, 8, 3, 4}));
+  EXPECT_EQ(w.readItemData(1, 2), (VD{2, 2.5, 3, 3.5}));
+  EXPECT_EQ(w.readTimeSeries(1, 2, 2), (VD{1, 2, 3}));  // to -1: the file's nt
+  EXPECT_EQ(w.readTimeSeries(0, 1, 1, 1, 3), (VD{103.25, 203.25}));  // cell 3 at t 1, 2
+  VD z, d;
+  EXPECT_VEXCEPTION(w.readProfile(0, 0, 0, z, d), "Not implemented.");
+  // two sample points 100 apart in e0 and e1; depth 0.5 lies in the top layer of both
+  VD dd, v, xc, yc;
+  EXPECT_EQ(w.extractSectionCart(0, 0, {10, 160}, {50, 50}, {0.5}, 100, dd, v, xc, yc), 0);
+  EXPECT_EQ(dd, (VD{0, 100}));
+  EXPECT_EQ(v, temps(0, {2, 4}));
+  EXPECT_EQ(xc, (VD{10, 110}));
+  std::vector<uint8_t> bitmap(4 * 4 * 3);
+  EXPECT_EQ(w.readLayerAndInterpOnBitmap(1, 0, 0, bitmap, 4, 3, 10, 0, 300, 0, 100, 0, 2, {-1, 0}, -1, 2), 0);
+  bitmap.resize(40);
+  EXPECT_VEXCEPTION_HAS(w.readLayerAndInterpOnBitmap(1, 0, 0, bitmap, 4, 3, 10, 0, 300, 0, 100, 0, 2, {-1, 0}, -1, 2),
+                        "fewer than the 48 needed");
+  EXPECT_VEXCEPTION_HAS(w.readItemData(5, 0), "item number 5 is out of range");
+}
+
+TEST(thResultFileWrapper, TextTableSamples) {
+  thTest::TempDir dir;
+  std::string fn = dir.file("obs.text0d");
+  thTest::writeText(fn, "DateTime\tT\tQ\n2010-01-01 00:00:00\t1.5\t1\n2010-01-02 00:00:00\t2.5\t0\n");
+  thResultFileWrapper w;
+  w.filename(fn);
+  w.readHeader();
+  std::vector<int64_t> t;
+  VD d;
+  ASSERT_EQ(w.readTimeSeriesUET(0, t, d), 0);
+  EXPECT_EQ(d, (VD{1.5, 2.5}));
+  ASSERT_EQ(w.readTimeSeriesUET(0, -1, 2147483647, t, d, 1, 0.5, 2), 0);  // quality 1 only
+  EXPECT_EQ(d, (VD{1.5}));
+  EXPECT_EQ(w.readTimeSeriesUET(0, 0, 10, t, d), -1);  // nothing selected: untouched
+  EXPECT_EQ(d, (VD{1.5}));
+}
