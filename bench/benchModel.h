@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
@@ -17,6 +18,25 @@ inline double seconds(const std::function<void()>& f) {
   auto t0 = std::chrono::steady_clock::now();
   f();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+}
+
+// CPU time of this process, so that other work on a shared machine does not count.
+inline double cpuSeconds() {
+  timespec ts;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+  return ts.tv_sec + ts.tv_nsec * 1e-9;
+}
+
+// The least CPU time of `repeats` runs of f.
+template <class F>
+double bestSeconds(int repeats, F&& f) {
+  double best = 1e300;
+  for (int k = 0; k < repeats; ++k) {
+    const double t0 = cpuSeconds();
+    f();
+    best = std::min(best, cpuSeconds() - t0);
+  }
+  return best;
 }
 
 // Best of `rounds` runs of each, baseline and library taking turns.

@@ -19,30 +19,17 @@
 #include <string>
 #include <vector>
 
+#include "benchModel.h"
 #include "interp/Vkdtree.h"
 
 using namespace VCppLib;
 
 namespace {
 
+using bench::bestSeconds;
+using bench::cpuSeconds;
+
 constexpr int32_t kPoints = 1000000, kQueries = 100000, kRepeats = 3;
-
-double cpuSeconds() {
-  timespec ts;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-  return ts.tv_sec + ts.tv_nsec * 1e-9;
-}
-
-template <class F>
-double bestSeconds(int repeats, F&& f) {
-  double best = 1e300;
-  for (int k = 0; k < repeats; ++k) {
-    const double t0 = cpuSeconds();
-    f();
-    best = std::min(best, cpuSeconds() - t0);
-  }
-  return best;
-}
 
 // Reads the float64 points and queries, times the build and the k = 1 query (best of the
 // repeats, process CPU time), prints "build S" and "query S" and writes the indices as int32.

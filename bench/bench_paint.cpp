@@ -7,31 +7,17 @@
 #include <ctime>
 #include <vector>
 
+#include "benchModel.h"
 #include "interp/VDraw.h"
 
 using namespace VCppLib;
 
 namespace {
 
+using bench::bestSeconds;
+using bench::cpuSeconds;
+
 constexpr int32_t kNx = 1920, kNy = 1080;
-
-// CPU time of this thread, so that other work on a shared machine does not count.
-double cpuSeconds() {
-  timespec ts;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
-  return ts.tv_sec + ts.tv_nsec * 1e-9;
-}
-
-template <class F>
-double bestSeconds(int repeats, F&& f) {
-  double best = 1e300;
-  for (int k = 0; k < repeats; ++k) {
-    const double t0 = cpuSeconds();
-    f();
-    best = std::min(best, cpuSeconds() - t0);
-  }
-  return best;
-}
 
 void report(const char* what, double seconds, double floor) {
   const double pixels = static_cast<double>(kNx) * kNy;

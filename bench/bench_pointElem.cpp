@@ -22,13 +22,10 @@
 
 namespace {
 
-constexpr int32_t kQueries = 100000, kScanSample = 200, kRepeats = 2;
+using bench::bestSeconds;
+using bench::cpuSeconds;
 
-double cpuSeconds() {
-  timespec ts;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-  return ts.tv_sec + ts.tv_nsec * 1e-9;
-}
+constexpr int32_t kQueries = 100000, kScanSample = 200, kRepeats = 2;
 
 // The benchmark model's jittered grid of quadrilaterals, each split into two triangles.
 void triangleMesh(thalmod::thMesh2D& t, int cells) {

@@ -29,6 +29,7 @@
 
 #include "mesh/thMesh2D.h"
 #include "support/VFiles.h"
+#include "support/VGeom.h"
 #include "support/VStr.h"
 #include "support/VXml.h"
 
@@ -80,12 +81,7 @@ struct MeshArrays {
   std::vector<double> vx, vy;
 };
 
-template <typename T>
-T* newArrayFrom(const std::vector<T>& v) {
-  T* p = new T[v.size()];
-  if (!v.empty()) std::memcpy(p, v.data(), sizeof(T) * v.size());
-  return p;
-}
+using VCppLib::newArrayFrom;
 
 // Replaces the mesh's primary arrays (and Voronoi points) with those read.
 void install(thMesh2D& m, const MeshArrays& a) {

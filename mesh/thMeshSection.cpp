@@ -20,12 +20,7 @@ namespace {
 
 std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
 
-template <typename T>
-T* newCopy(const std::vector<T>& v) {
-  T* a = new T[v.size()];
-  std::copy(v.begin(), v.end(), a);
-  return a;
-}
+using VCppLib::newArrayFrom;
 
 // A new heap mesh whose arrays are its own to free even if initMesh fails on them.
 std::unique_ptr<thMesh2D> newOwningMesh() {
@@ -74,8 +69,8 @@ int32_t thMesh2D::sectionIntersections(const double* xc, const double* yc, int32
     }
     sd[lastIdx] += ld[0];  // the stretch in the shared element grows by the new line's first
   }
-  ise = newCopy(se);
-  isd = newCopy(sd);
+  ise = newArrayFrom(se);
+  isd = newArrayFrom(sd);
   return static_cast<int32_t>(se.size());
 }
 
@@ -185,7 +180,7 @@ int32_t** thMesh2D::chopDomian(const int32_t* const* sections, int32_t nSections
   int32_t** out = new int32_t*[nDom];
   domainLengths = new int32_t[nDom];
   for (int32_t d = 0; d < nDom; ++d) {
-    out[d] = newCopy(domains[d]);
+    out[d] = newArrayFrom(domains[d]);
     domainLengths[d] = static_cast<int32_t>(domains[d].size());
   }
   return out;
@@ -265,10 +260,10 @@ thMesh2D* thMesh2D::subMesh(int32_t n, const int32_t* elems) const {
     m->nt[k] = nt[nodes[k]];
   }
   m->noe = n;
-  m->nonpe = newCopy(nonpe2);
-  m->en = newCopy(en2);
-  m->eVoronoiX = newCopy(vx);
-  m->eVoronoiY = newCopy(vy);
+  m->nonpe = newArrayFrom(nonpe2);
+  m->en = newArrayFrom(en2);
+  m->eVoronoiX = newArrayFrom(vx);
+  m->eVoronoiY = newArrayFrom(vy);
   m->hasVoronoi = true;
   m->initMesh();
   return m.release();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
+#include "support/VGeom.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -17,12 +18,7 @@ namespace {
 
 std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
 
-template <typename T>
-T* newCopy(const std::vector<T>& v) {
-  T* a = new T[v.size()];
-  std::copy(v.begin(), v.end(), a);
-  return a;
-}
+using VCppLib::newArrayFrom;
 
 // Lower edge of layer k as a height.
 double lowerEdge(const thModelInfo& mi, int32_t k) { return -(mi.dz[k] * 0.5 + mi.layerDepth[k]); }
@@ -61,12 +57,12 @@ void zLayerSection(const thModelInfo& mi, const int32_t* ise, const double* isd,
     }
   }
   m.non = static_cast<int32_t>(x.size());
-  m.nxCoor = newCopy(x);
-  m.nyCoor = newCopy(y);
-  m.nt = newCopy(type);
+  m.nxCoor = newArrayFrom(x);
+  m.nyCoor = newArrayFrom(y);
+  m.nt = newArrayFrom(type);
   m.noe = static_cast<int32_t>(nonpe.size());
-  m.nonpe = newCopy(nonpe);
-  m.en = newCopy(en);
+  m.nonpe = newArrayFrom(nonpe);
+  m.en = newArrayFrom(en);
 }
 
 // Sigma layers: every crossed element has two node columns of its own.

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "resultfile/thResultFile.h"
+#include "support/VGeom.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -21,12 +22,7 @@ namespace {
 
 std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
 
-template <typename T>
-T* newCopy(const std::vector<T>& v) {
-  T* a = new T[v.size()];
-  std::copy(v.begin(), v.end(), a);
-  return a;
-}
+using VCppLib::newArrayFrom;
 
 // The values of one timestep of an item, by value index: the whole item, or only the cells
 // read one column at a time. An index outside the item reads as delVal: the Cartesian section
@@ -143,12 +139,12 @@ int32_t thResultFile::extractSectionCart(int32_t itemNo, int32_t timestep, const
       out = iv.at(l + static_cast<int64_t>(e) * nol - mi.ebli[e]);
     }
   }
-  *d = newCopy(dd);
+  *d = newArrayFrom(dd);
   *noD = nD;
-  *v = newCopy(vv);
+  *v = newArrayFrom(vv);
   *noV = nD * noZ;
-  *xC = newCopy(px);
-  *yC = newCopy(py);
+  *xC = newArrayFrom(px);
+  *yC = newArrayFrom(py);
   return iv.rc;
 }
 
@@ -237,9 +233,9 @@ int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, con
       vv.push_back(iv.at(static_cast<int64_t>(mi.botlayerIdx[e]) - mi.ebli[e] + l));
     }
   }
-  *d = newCopy(dd);
-  *z = newCopy(zz);
-  *v = newCopy(vv);
+  *d = newArrayFrom(dd);
+  *z = newArrayFrom(zz);
+  *v = newArrayFrom(vv);
   *n = static_cast<int32_t>(dd.size());
   return iv.rc;
 }

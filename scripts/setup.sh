@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that the project needs, when any of them is missing.
+# Installs the Debian packages that the project needs, when any of them is missing; packages named
+# as arguments are installed beside them.
 set -euo pipefail
-packages=(build-essential cmake ninja-build pkg-config libnetcdf-dev netcdf-bin libgtest-dev libpng-dev)
+packages=(build-essential cmake ninja-build pkg-config libnetcdf-dev netcdf-bin libgtest-dev libpng-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

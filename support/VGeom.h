@@ -20,6 +20,13 @@ inline constexpr double idwMissing = -1e-37;
 // deletes with delete[]; nullptr when n < 0, or when a is null and n > 0.
 double* floatArr2doubleArr(const float* a, int32_t n);
 float* doubleArr2floatArr(const double* a, int32_t n);
+// A new array (delete[]) with a copy of v; an empty one for an empty v.
+template <typename T>
+T* newArrayFrom(const std::vector<T>& v) {
+  T* p = new T[v.size()];
+  for (size_t i = 0; i < v.size(); ++i) p[i] = v[i];
+  return p;
+}
 
 // ---- Polygons
 // Area by the shoelace rule, positive in either orientation; 0 for n < 1.
