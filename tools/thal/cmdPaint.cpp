@@ -131,17 +131,12 @@ int cmdPaint(const Args& args) {
   // The search radius: two element sizes, and never under two pixels, so that no pixel inside
   // the mesh is left without a value.
   const double r = std::max(2.0 * meanElementSpan(g), 2.0 * frame.pixelSize());
-  if (pv.size() == static_cast<size_t>(g.noe)) {
-    rf->readLayerAndInterpOnBitmap(item, ts, layer, &bm, frame.nx, frame.ny, colourSteps, frame.xmin, frame.xmax,
-                                   frame.ymin, frame.ymax, lo, hi, colours.data(),
-                                   colourSteps, r, 2.0);
-  } else {
-    // Columns that do not reach the layer hold the deleted value, which would be spread into
-    // their neighbours as a value near 0: only the elements with a value are painted.
-    VCppLib::VDraw::interpPointsOnBitmap(px.data(), py.data(), pv.data(), static_cast<int32_t>(pv.size()), bm,
-                                         frame.nx, frame.ny, colourSteps, frame.xmin, frame.xmax, frame.ymin,
-                                         frame.ymax, lo, hi, colours.data(), colourSteps, r);
-  }
+  // The layer read once is painted from the element centres, as the library's layer painter does.
+  // Columns that do not reach the layer hold the deleted value, which would be spread into their
+  // neighbours as a value near 0: only the elements with a value are painted.
+  VCppLib::VDraw::interpPointsOnBitmap(px.data(), py.data(), pv.data(), static_cast<int32_t>(pv.size()), bm, frame.nx,
+                                       frame.ny, colourSteps, frame.xmin, frame.xmax, frame.ymin, frame.ymax, lo, hi,
+                                       colours.data(), colourSteps, r);
 
   const std::vector<int32_t> owner = polygonsOnPixels(frame, g.noe, g.nonpe, g.enxCoor, g.enyCoor);
   Image img(frame.nx, frame.ny + legendHeight, legendBackground);
