@@ -6,6 +6,7 @@
 #include <chrono>
 #include <ctime>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <initializer_list>
 #include <utility>
@@ -48,6 +49,12 @@ inline std::pair<double, double> best(int rounds, const std::function<void()>& l
     l = std::min(l, seconds(lib));
   }
   return {l, b};
+}
+
+// One line of a measurement: library time, baseline time (named `base`), their ratio and target.
+inline void report(const char* what, std::pair<double, double> lb, double target, const char* base) {
+  std::printf("%-44s library %8.4f s   %s %8.4f s   ratio %5.2f   (target <= %.2f)\n", what, lb.first, base,
+              lb.second, lb.first / lb.second, target);
 }
 
 // The model: n x n unit-ish quadrilaterals, open boundary 1 along the left edge, sea bed sloping

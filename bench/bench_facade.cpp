@@ -27,14 +27,10 @@
 #include "resultfile/thResultFile.h"
 
 using bench::best;
+using bench::report;
 using bench::seconds;
 
 namespace {
-
-void report(const char* what, std::pair<double, double> lb, double target, const char* base) {
-  std::printf("%-44s library %8.4f s   %s %8.4f s   ratio %5.2f   (target <= %.1f)\n", what, lb.first, base,
-              lb.second, lb.first / lb.second, target);
-}
 
 void writeRun(const std::string& fn, int n, int nt) {
   thalmod::thResultFile w(fn, thalmod::EMB);

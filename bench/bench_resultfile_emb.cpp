@@ -34,10 +34,7 @@ using bench::seconds;
 
 namespace {
 
-void report(const char* what, std::pair<double, double> lb, double target) {
-  std::printf("%-40s library %8.4f s   bare stdio %8.4f s   ratio %5.2f   (target <= %.2f)\n", what,
-              lb.first, lb.second, lb.first / lb.second, target);
-}
+using bench::report;
 
 [[noreturn]] void die(const std::string& what) {
   std::perror(what.c_str());
@@ -79,7 +76,7 @@ void writeRun(const std::string& fn, const std::string& bareFn, int n, int nt) {
   w.closeFile(nt);
   std::fclose(bare);
   std::printf("written: %d timesteps to %s\n", nt, fn.c_str());
-  report("write one timestep (2 items)", step, 1.25);
+  report("write one timestep (2 items)", step, 1.25, "bare stdio");
 }
 
 // Reads the whole file once, so that every read that follows finds its pages in memory.
@@ -112,10 +109,10 @@ void timeReads(const std::string& fn, int nt) {
       float* p = layer.data();
       rf.readLayer(0, t++ % nt, l, &p);
     }, bareRead);
-    report(l == 999 ? "readLayer, top cells (999)" : "readLayer, surface layer (nol-1)", lay, 1.5);
+    report(l == 999 ? "readLayer, top cells (999)" : "readLayer, surface layer (nol-1)", lay, 1.5, "bare stdio");
   }
   auto item = best(8, [&] { rf.readItemData(0, t++ % nt, all.data()); }, bareRead);
-  report("readItemData, one timestep of the 3-D item", item, 1.1);
+  report("readItemData, one timestep of the 3-D item", item, 1.1, "bare stdio");
 }
 
 }  // namespace

@@ -31,10 +31,7 @@ using bench::seconds;
 
 namespace {
 
-void report(const char* what, std::pair<double, double> lb, double target) {
-  std::printf("%-40s library %8.4f s   bare NetCDF %8.4f s   ratio %5.2f   (target <= %.1f)\n", what,
-              lb.first, lb.second, lb.first / lb.second, target);
-}
+using bench::report;
 
 void check(int rc, const char* what) {
   if (rc != NC_NOERR) {
@@ -115,7 +112,7 @@ int main() {
     header.second = std::min(header.second, seconds(bareHeader));
     header.first = std::min(header.first, seconds([&] { kept = std::make_unique<thResultFile>(fn, NC); }));
   }
-  report("header read", header, 3.0);
+  report("header read", header, 3.0, "bare NetCDF");
   {
     // The share of the mesh and cell set-up, run on the arrays of the file in memory once the
     // object read has gone, so that one model is in memory as in the header read.
@@ -174,7 +171,7 @@ int main() {
           size_t start[2] = {static_cast<size_t>(t++ % nt), 0}, count[2] = {1, static_cast<size_t>(cells)};
           check(nc_get_vara_float(id, v, start, count, all.data()), "temp");
         });
-    report("readLayer, top layer", lay, 1.2);
+    report("readLayer, top layer", lay, 1.2, "bare NetCDF");
 
     std::vector<float> column(nt);
     auto ser = best(
@@ -188,7 +185,7 @@ int main() {
           size_t start[2] = {0, static_cast<size_t>(colBottom)}, count[2] = {static_cast<size_t>(nt), 1};
           check(nc_get_vara_float(id, v, start, count, column.data()), "temp series");
         });
-    report("readTimeSeries, one cell, all timesteps", ser, 1.2);
+    report("readTimeSeries, one cell, all timesteps", ser, 1.2, "bare NetCDF");
     nc_close(id);
   }
   std::remove(fn.c_str());
