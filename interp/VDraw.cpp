@@ -251,7 +251,8 @@ int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny,
   const char* fn = "VDraw::interpOnBitmap";
   checkBitmap(fn, bitmap, nx, ny);
   const Palette palette = ramp(colArr, ncolors, nz);
-  checkScale(fn, zmin, zmax);
+  // No check of zmax > zmin here: an empty or reversed scale makes the index infinite or not a
+  // number, and the comparisons below send those to the first or the last colour.
   const double scale = nz / (zmax - zmin);
   // A value beyond the scale takes entry ncolors-1. With more colours than steps that entry does
   // not exist, and the last step stands in for it.

@@ -230,7 +230,13 @@ void parseMeshBuffer(const char* block, uint32_t version, int64_t blockLen, cons
   for (int32_t i = 0; i < a.non; i++) a.nt[i] = rd.i32();
   // Compared unsigned: a stand-alone file (-1) keeps its types as stored.
   if (version < 2)
-    for (int32_t i = 0; i < a.non; i++) a.nt[i] = a.nt[i] == 0 ? 99 : a.nt[i] - 1;
+    for (int32_t i = 0; i < a.non; i++) {
+      // The lowest int32 has no predecessor: refuse it rather than wrap.
+      if (a.nt[i] == INT32_MIN)
+        throw VException("readMeshBuffer: " + where + " gives node " + std::to_string(i) + " the type " +
+                         std::to_string(a.nt[i]) + ", which has no shifted value.");
+      a.nt[i] = a.nt[i] == 0 ? 99 : a.nt[i] - 1;
+    }
   a.nonpe.resize(a.noe);
   int64_t S = 0;
   for (int32_t e = 0; e < a.noe; e++) {

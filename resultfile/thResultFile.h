@@ -143,7 +143,9 @@ class thResultFile {
   // fails, a timestep beyond the file's among them (the buffer then keeps what it held).
   int32_t readItemData(int32_t itemNo, int32_t timestep, float* data);
   int32_t readItemData(int32_t itemNo, int32_t timestep, double* data);
-  // The columns of the listed elements of a 3-D item; *data: a new array. Returns the count.
+  // The columns of the listed elements of a 3-D item; *data: a new array (at least one value), handed
+  // over in every case that does not raise. Returns the count. A failed read of the item is not
+  // reported: its columns are then zeros (delVal still marks negative entries of a sigma file).
   int32_t readItemData(int32_t itemNo, int32_t timestep, int32_t* en, int32_t noEn, double** data);
   // The item at the next timestep once it has been read at the present one; *data: the caller's
   // buffer. Returns the date-time of the timestep read.

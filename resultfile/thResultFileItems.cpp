@@ -1,6 +1,7 @@
 // Item data of one timestep: a whole item, the columns of a list of elements, the next timestep in
 // sequence, and the dispatch of the block reading of text tables.
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -60,8 +61,10 @@ int32_t thResultFile::readItemData(int32_t itemNo, int32_t timestep, int32_t* en
     throw VException("thResultFile::readItemData: the element list for '" + filename +
                      "' is missing or has a negative length.");
   int32_t len = itemLengthVec[itemNo];
+  // A failed read is not reported here: the item keeps the zeros it starts with, and the columns
+  // are handed over from those, as the count of values.
   std::unique_ptr<double[]> item(new double[len > 0 ? len : 1]());
-  int32_t rc = readItemData(itemNo, timestep, item.get());
+  readItemData(itemNo, timestep, item.get());
   int32_t nol = mInfo.nol;
   const double del = delVal;
   // The columns must lie inside the item; a column beyond it would be read out of bounds.
@@ -74,6 +77,10 @@ int32_t thResultFile::readItemData(int32_t itemNo, int32_t timestep, int32_t* en
   int32_t count = 0;
   if (mInfo.layerType == sigma) {
     // every element owns nol consecutive values
+    if (static_cast<int64_t>(noEn) * nol > INT32_MAX)
+      throw VException("thResultFile::readItemData: the element list for '" + filename + "' asks for " +
+                       VStr::toString<int>(noEn) + " columns of " + VStr::toString<int>(nol) +
+                       " values, more than one array can hold.");
     count = noEn * nol;
     out = new double[count > 0 ? count : 1];
     for (int32_t i = 0; i < noEn; ++i) {
@@ -81,7 +88,7 @@ int32_t thResultFile::readItemData(int32_t itemNo, int32_t timestep, int32_t* en
         for (int32_t k = 0; k < nol; ++k) out[i * nol + k] = del;
         continue;
       }
-      if (static_cast<int64_t>(en[i] + 1) * nol > len) {
+      if ((static_cast<int64_t>(en[i]) + 1) * nol > len) {
         delete[] out;
         badColumn(i);
       }
@@ -106,7 +113,7 @@ int32_t thResultFile::readItemData(int32_t itemNo, int32_t timestep, int32_t* en
     }
   }
   *data = out;
-  return rc != 0 ? rc : count;
+  return count;
 }
 
 int64_t thResultFile::readNextItemData(int32_t itemNo, double** data) {

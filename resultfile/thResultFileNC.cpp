@@ -102,10 +102,31 @@ class ncSchema {
     return data;
   }
 
+  // One value of a one-dimensional int64 variable; 0 where the read fails, as the cleared arrays
+  // above. Used where only a few values of a long variable count, so that a length claimed by a
+  // damaged header costs nothing. VNetCdf's hyperslab read refuses int64 variables (they are
+  // readable whole or converted to floating point, which would round large values), so this one
+  // value is read from the open handle directly, as stored.
+  int64_t readInt64At(int32_t varid, int32_t index) {
+    long long value = 0;
+    size_t start[1] = {static_cast<size_t>(index)};
+    size_t count[1] = {1};
+    nc_get_vara_longlong(f.ncid, varid, start, count, &value);
+    return static_cast<int64_t>(value);
+  }
+
  private:
   VNetCdf& f;
   std::string name;
 };
+
+// (last - first) / (n - 1) of an equidistant axis of n > 1 values. The difference of two int64 values
+// may not fit into int64 on a damaged axis; it is then taken in long double, which holds it.
+double axisStep(int64_t first, int64_t last, int32_t n) {
+  int64_t diff = 0;
+  if (!__builtin_sub_overflow(last, first, &diff)) return static_cast<double>(diff) / (n - 1);
+  return static_cast<double>((static_cast<long double>(last) - static_cast<long double>(first)) / (n - 1));
+}
 
 // Node types of a result file: 0 inner, 1 to 98 open boundary, 99 closed, or the code -(100a+b) of
 // a corner where open boundaries a and b meet.
@@ -181,7 +202,10 @@ void thResultFile::readHeaderNC() {
 
   // All arrays are read and checked before any of them is handed to the model, so that a bad
   // file leaves nothing half-owned behind.
-  auto time = s.read<int64_t>(vTime);
+  // Only the ends of the time axis count (the timesteps are taken to be equidistant), so only they
+  // are read: a damaged header may claim far more timesteps than the file holds.
+  const int64_t timeFirst = nt > 0 ? s.readInt64At(vTime, 0) : 0;
+  const int64_t timeLast = nt > 1 ? s.readInt64At(vTime, nt - 1) : timeFirst;
   auto bathy = s.readExact<double>(vBathy, noe);
   std::unique_ptr<int32_t[]> enol;
   if (vLayers >= 0) enol = s.readExact<int32_t>(vLayers, noe);
@@ -214,9 +238,8 @@ void thResultFile::readHeaderNC() {
         s.fail("element " + str(e) + " has " + str(enol[e]) + " layers but the model has " + str(nol));
 
   mInfo.nt = nt;
-  if (nt > 0) mInfo.startDT = time[0];
-  // Only the ends of the axis count: the timesteps are taken to be equidistant.
-  mInfo.dt = nt > 1 ? static_cast<double>(time[nt - 1] - time[0]) / (nt - 1) : 1.0;
+  if (nt > 0) mInfo.startDT = timeFirst;
+  mInfo.dt = nt > 1 ? axisStep(timeFirst, timeLast, nt) : 1.0;
 
   // A mesh read before is released as a whole and the mesh starts afresh.
   if (m.noe > 0 || m.non > 0) {

@@ -174,9 +174,9 @@ std::string secs2ClockStr(double secs) {
   return buf;
 }
 
-// clock() runs at CLOCKS_PER_SEC ticks a second; scaled to 1000 a second so that tocClock and
-// clockMs2Str, which count in milliseconds, give seconds.
-double ticClock() { return static_cast<double>(std::clock()) * 1000.0 / CLOCKS_PER_SEC; }
+// The raw clock() as it stands, unscaled. tocClock and clockMs2Str count a clock of 1000 ticks a
+// second; where CLOCKS_PER_SEC differs (1000000 on POSIX) their results are in that proportion.
+double ticClock() { return static_cast<double>(std::clock()); }
 
 double tocClock(double tic) { return (ticClock() - tic) * 10.0 / 1000.0 / 10.0; }
 

@@ -39,9 +39,10 @@ int32_t dayOfYear(int64_t t);
 int32_t parseDuration(std::string s);
 // "HH:MM:SS" of a number of seconds, hours modulo 24 (whole days are dropped).
 std::string secs2ClockStr(double secs);
-// Processor time in milliseconds (a clock of 1000 ticks a second), for tocClock.
+// Processor time: clock() as a double, in ticks of CLOCKS_PER_SEC a second (not scaled).
 double ticClock();
-// Seconds since tic.
+// (clock() - tic) / 1000: seconds since tic for a clock of 1000 ticks a second; with
+// CLOCKS_PER_SEC 1000000 (POSIX) that is milliseconds.
 double tocClock(double tic);
 // Milliseconds as seconds, through toString with precision, with " sec." behind when withUnit.
 std::string clockMs2Str(double ms, bool withUnit = true, int32_t precision = -1);

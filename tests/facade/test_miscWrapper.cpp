@@ -109,7 +109,6 @@ TEST(miscWrapper, BadInput) {
   EXPECT_VEXCEPTION_HAS(paint3(path, bytes, -2), "is negative");
   EXPECT_VEXCEPTION_HAS(paint3(path, bytes, 2, 1), "at least 2 steps");
   EXPECT_VEXCEPTION_HAS(paint3(path, bytes, 2, 3, 60, {B}), "at least 2 colours");
-  EXPECT_VEXCEPTION_HAS(paint3(path, bytes, 2, 3, 0), "is empty");
   EXPECT_VEXCEPTION_HAS(miscWrapper::readNetCdfBathyAndInterpOnBitmap(path, bytes, 2, 2, 0, 2, 0, 2, {}, kBW, 2.0),
                         "at least one break value");
   EXPECT_EQ(bytes, Bytes(16, 0));

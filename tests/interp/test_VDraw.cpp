@@ -180,7 +180,14 @@ TEST(VDraw, GridBadInput) {
   EXPECT_VEXCEPTION_HAS(breaks(-1, brk, 2), "bitmap size 2 x -1 is negative");
   EXPECT_VEXCEPTION_HAS(scale(g, b, 2, 2, 1, 3, 2), "at least 2 steps");
   EXPECT_VEXCEPTION_HAS(scale(g, b, 2, 2, 3, 3, 1), "at least 2 colours");
-  EXPECT_VEXCEPTION_HAS(scale(g, b, 2, 2, 3, 2, 2), "colour scale from zmin = 2 to zmax = 2 is empty");
+  // zmin = zmax = 2: scale +inf. The value 1 gives +inf, entry ncolors-1 (grey); the corner pixel
+  // (0,0) samples not a number, which gives the first colour.
+  EXPECT_EQ(scale(g, b, 2, 2, 3, 2, 2), 0);
+  EXPECT_EQ(bmp, (VI{G, G, B, G}));
+  VD minus(9, -1.0);  // -1 gives -inf: the first colour
+  EXPECT_EQ(byScale(makeGrid(minus, 3, 3, 0, 0, 1), 1, 1, 3, {0.5, 1.5, 0.5, 1.5}, 2.0, 2.0, 2.0), VI{B});
+  bmp.assign(4, U);
+  b = bmp.data();
   EXPECT_VEXCEPTION_HAS(breaks(2, brk, 0), "at least one break value");
   EXPECT_VEXCEPTION_HAS(breaks(2, nullptr, 2), "break array is null");
   EXPECT_VEXCEPTION_HAS(scale(g, none, 2, 2, 3, 3, 2), "bitmap is null");

@@ -212,6 +212,9 @@ TEST(MeshBinary, BadBlocks) {
   const auto odd = image(x, y, {250, 250, -7}, {{0, 1, 2}});
   EXPECT_EQ(m.readMeshBuffer(bytes(odd), 2, len(odd)), 0);
   EXPECT_EQ(std::vector<int>(m.vft, m.vft + 3), std::vector<int>(3, 99));
+  // a stored type with no predecessor in an old (shifted) version is refused, not wrapped
+  const auto lowest = image(x, y, {0, INT32_MIN, 0}, {});
+  EXPECT_VEXCEPTION_HAS(m.readMeshBuffer(bytes(lowest), 1, len(lowest)), "gives node 1 the type -2147483648");
 
   // nothing to write from a mesh that has counts without arrays, or no Voronoi points yet
   thMesh2D raw;

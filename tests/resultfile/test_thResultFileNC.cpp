@@ -1,6 +1,7 @@
 // Reading the header of NC result files: the small hand-made model, its edge cases, and files
 // that are not result files.
 
+#include <cmath>
 #include <dirent.h>
 
 #include "resultfile/thResultFile.h"
@@ -132,6 +133,15 @@ TEST(ResultFileNC, HeaderEdgeCases) {
     EXPECT_EQ(rf.mInfo.nt, 0);
     EXPECT_EQ(rf.mInfo.startDT, 0);
     EXPECT_DOUBLE_EQ(rf.mInfo.dt, 1.0);
+  }
+  {
+    // a time axis over nearly all of int64: its ends are 2^64 - 2 apart, the step (2^64 - 2) / 2 is
+    // 2^63 as the nearest float64, not a wrapped difference
+    SmallModelOptions opt;
+    opt.times = {-9223372036854775807LL, 0, 9223372036854775807LL};
+    thResultFile rf(make("huge.nc", opt), NC);
+    EXPECT_EQ(rf.mInfo.startDT, -9223372036854775807LL);
+    EXPECT_DOUBLE_EQ(rf.mInfo.dt, std::ldexp(1.0, 63));
   }
   SmallModelOptions sigma;
   sigma.layerType = 1;
