@@ -91,10 +91,22 @@ class MeshEdit {
   void removeNodes(const std::vector<char>& drop);
   // Hands the arrays to the mesh; initMesh when reInit, otherwise eni is rebuilt.
   int32_t commit(bool reInit);
+  // New node arrays of the mesh's nodes followed by room for `extra` more, which the caller fills.
+  void growNodes(int32_t extra);
 
  private:
   thMesh2D& m;
 };
+
+void MeshEdit::growNodes(int32_t extra) {
+  non = m.non + extra;
+  x = newArr<double>(non);
+  y = newArr<double>(non);
+  nt = newArr<int32_t>(non);
+  std::copy(m.nxCoor, m.nxCoor + m.non, x.get());
+  std::copy(m.nyCoor, m.nyCoor + m.non, y.get());
+  std::copy(m.nt, m.nt + m.non, nt.get());
+}
 
 void MeshEdit::keepElements(const std::vector<char>& drop, bool compactVoronoi) {
   const int32_t* np = curNonpe();
@@ -434,13 +446,7 @@ int32_t thMesh2D::editDelUnusedNodes() {
 int32_t thMesh2D::editAddNode(double x, double y, int32_t nodeType, bool reInitMesh) {
   checkMeshArrays(*this, "editAddNode", "the mesh");
   MeshEdit ed(*this);
-  ed.non = non + 1;
-  ed.x = newArr<double>(ed.non);
-  ed.y = newArr<double>(ed.non);
-  ed.nt = newArr<int32_t>(ed.non);
-  std::copy(nxCoor, nxCoor + non, ed.x.get());
-  std::copy(nyCoor, nyCoor + non, ed.y.get());
-  std::copy(nt, nt + non, ed.nt.get());
+  ed.growNodes(1);
   ed.x[non] = x;
   ed.y[non] = y;
   ed.nt[non] = nodeType;
@@ -567,14 +573,8 @@ int32_t thMesh2D::editAddNodesElemsFull(int32_t nn, const double* nxc, const dou
 
   // 2. nodes and elements appended
   MeshEdit ed(*this);
-  ed.non = non + nn;
+  ed.growNodes(nn);
   ed.noe = noe + ne;
-  ed.x = newArr<double>(ed.non);
-  ed.y = newArr<double>(ed.non);
-  ed.nt = newArr<int32_t>(ed.non);
-  std::copy(nxCoor, nxCoor + non, ed.x.get());
-  std::copy(nyCoor, nyCoor + non, ed.y.get());
-  std::copy(nt, nt + non, ed.nt.get());
   std::copy(nxc, nxc + nn, ed.x.get() + non);
   std::copy(nyc, nyc + nn, ed.y.get() + non);
   std::copy(types, types + nn, ed.nt.get() + non);
