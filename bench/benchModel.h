@@ -10,8 +10,10 @@
 #include <functional>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
 #include "model/thModelInfo.h"
+#include "resultfile/thResultFile.h"
 
 namespace bench {
 
@@ -102,6 +104,23 @@ inline void buildModel(thalmod::thModelInfo& mi, int n) {
   mi.initCells();
   mi.startDT = 1262304000;
   mi.dt = 3600.0;
+}
+
+// Writes nt timesteps of a 3-D item "temp" and a 2-D item "elev" with values that vary over cells
+// and time, so that compression meets realistic data; w holds the model (buildModel) and a name.
+inline void writeTempElevRun(thalmod::thResultFile& w, int nt) {
+  const int32_t cells = w.mInfo.cells, noe = w.mInfo.mesh2d.noe;
+  w.addItem("temp", cells);
+  w.addItem("elev", noe);
+  std::vector<float> temp(cells), elev(noe);
+  w.writeHeader();
+  for (int t = 0; t < nt; ++t) {
+    for (int c = 0; c < cells; ++c) temp[c] = 10.0f + 0.001f * (c % 5000) + t;
+    for (int e = 0; e < noe; ++e) elev[e] = 0.01f * (e % 300) - t;
+    w.writeItemData(temp.data(), cells);
+    w.writeItemData(elev.data(), noe);
+  }
+  w.closeFile(nt);
 }
 
 // A mixed mesh of nx by ny cells of 100 m from (x0, y0) in UTM metres, inner nodes jittered by up

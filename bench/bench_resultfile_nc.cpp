@@ -53,19 +53,7 @@ int main() {
     noe = w.mInfo.mesh2d.noe;
     std::printf("model: %d elements, %d nodes, %d layers, %d cells (set up in %.2f s)\n", noe,
                 w.mInfo.mesh2d.non, w.mInfo.nol, cells, tb);
-    w.addItem("temp", cells);
-    w.addItem("elev", noe);
-    std::vector<float> temp(cells), elev(noe);
-    double tw = seconds([&] {
-      w.writeHeader();
-      for (int t = 0; t < nt; ++t) {
-        for (int c = 0; c < cells; ++c) temp[c] = 10.0f + 0.001f * (c % 5000) + t;
-        for (int e = 0; e < noe; ++e) elev[e] = 0.01f * (e % 300) - t;
-        w.writeItemData(temp.data(), cells);
-        w.writeItemData(elev.data(), noe);
-      }
-      w.closeFile(nt);
-    });
+    double tw = seconds([&] { bench::writeTempElevRun(w, nt); });
     std::printf("written: %d timesteps to %s in %.2f s\n", nt, fn.c_str(), tw);
     // a deep element in the middle for the series
     int e = (n / 2) * n + n / 2;

@@ -77,6 +77,7 @@ VCartGrid readBathymetry(VNetCdf& nc, const std::string& filename, std::vector<d
                      "' has " + std::to_string(valueCount(nc, zVar)) + " values, but its grid of " +
                      std::to_string(grid.nx) + " x " + std::to_string(grid.ny) + " needs " +
                      std::to_string(cells) + ".");
+  nc.checkVarFitsFile(zVar, "readNetCdfBathyAndInterpOnBitmap");  // a damaged header must not size it
   depths.assign(static_cast<size_t>(cells), std::numeric_limits<double>::quiet_NaN());
   double* data = depths.data();
   nc.getAllDataIntoGivenType<double>(zVar, data);
@@ -95,6 +96,19 @@ int32_t paintInto(std::vector<uint8_t>& bitmap, int32_t nx, int32_t ny, Paint pa
 }
 
 }  // namespace
+
+bathyGrid miscWrapper::readNetCdfBathy(std::string filename) {
+  VNetCdf nc(filename, false);
+  bathyGrid b;
+  const VCartGrid grid = readBathymetry(nc, filename, b.depths);
+  b.x0 = grid.x0;
+  b.y0 = grid.y0;
+  b.dx = grid.dx;
+  b.dy = grid.dy;
+  b.nx = grid.nx;
+  b.ny = grid.ny;
+  return b;
+}
 
 int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename,
                                                       std::vector<uint8_t>& bitmap, int32_t nx,

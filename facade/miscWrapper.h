@@ -16,8 +16,19 @@ namespace thWrapper {
 // `bitmap` must hold at least 4*nx*ny bytes; it receives nx*ny colours 0xAARRGGBB (in the
 // machine's byte order), top row first, -1 outside the grid. The result is that of
 // VCppLib::VDraw::interpOnBitmap (0).
+// A gridded bathymetry as the painters read it: nx by ny depths, row after row from the row at
+// y0, grid point (i, j) at (x0 + i dx, y0 + j dy); missing depths are not a number.
+struct bathyGrid {
+  double x0 = 0, y0 = 0, dx = 0, dy = 0;
+  int32_t nx = 0, ny = 0;
+  std::vector<double> depths;
+};
+
 class miscWrapper {
  public:
+  // The grid and depths that the painters below read from the file, for a caller's own colour
+  // range or land mask.
+  static bathyGrid readNetCdfBathy(std::string filename);
   // Colours by classes between the ascending break values brkArr.
   static int32_t readNetCdfBathyAndInterpOnBitmap(std::string filename,
                                                   std::vector<uint8_t>& bitmap, int32_t nx,

@@ -71,12 +71,20 @@ std::vector<int32_t> thMesh2DWrapper::nonpe() const { return cArr2cliArr(m().non
 std::vector<int32_t> thMesh2DWrapper::eni() const { return cArr2cliArr(m().eni, m().noe); }
 std::vector<int32_t> thMesh2DWrapper::nivfpe() const { return cArr2cliArr(m().nivfpe, m().noe); }
 
-std::vector<int32_t> thMesh2DWrapper::en() const {
-  const thMesh2D& g = m();
+namespace {
+int64_t entries(const thMesh2D& g) {
   int64_t n = 0;
   for (int32_t e = 0; g.nonpe && e < g.noe; ++e) n += g.nonpe[e];
-  return cArr2cliArr(g.en, n);
+  return n;
 }
+}  // namespace
+
+std::vector<int32_t> thMesh2DWrapper::en() const { return cArr2cliArr(m().en, entries(m())); }
+std::vector<double> thMesh2DWrapper::enxCoor() const { return cArr2cliArr(m().enxCoor, entries(m())); }
+std::vector<double> thMesh2DWrapper::enyCoor() const { return cArr2cliArr(m().enyCoor, entries(m())); }
+std::string thMesh2DWrapper::projection() const { return m().projection; }
+std::vector<int32_t> thMesh2DWrapper::bndId() const { return cArr2cliArr(m().bndId, m().nBnd); }
+std::vector<int32_t> thMesh2DWrapper::bndNoFaces() const { return cArr2cliArr(m().bndNoFaces, m().nBnd); }
 
 std::vector<bool> thMesh2DWrapper::eIsAcute() const {
   const thMesh2D& g = m();

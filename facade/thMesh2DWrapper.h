@@ -66,6 +66,12 @@ class thMesh2DWrapper {
   std::vector<int32_t> evf() const;  // nevf
   std::vector<double> anglesVF() const;  // nivf entries with Voronoi points, else empty
   std::vector<int32_t> circumferenceNodes() const;
+  std::string projection() const;
+  std::vector<double> enxCoor() const;  // the sum of nonpe entries: the coordinates of en
+  std::vector<double> enyCoor() const;
+  // The open boundaries: their numbers (ascending) and their faces, nBnd entries each.
+  std::vector<int32_t> bndId() const;
+  std::vector<int32_t> bndNoFaces() const;
 
   // ---- operations
   // Returns the number of entries, which go into ise and isd.

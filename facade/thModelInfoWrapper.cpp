@@ -1,6 +1,7 @@
 // The model description facade: properties over the fields, copies of the arrays.
 #include "facade/thModelInfoWrapper.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "facade/thWrapperUtil.h"
@@ -35,10 +36,14 @@ std::vector<int32_t> thModelInfoWrapper::ebli() const {
   return cArr2cliArr(mInfo->ebli, noe);
 }
 
-std::vector<int32_t> thModelInfoWrapper::fbli() const { return cArr2cliArr(mInfo->fbli, mInfo->totNoUvf); }
+std::vector<int32_t> thModelInfoWrapper::fbli() const {
+  mInfo->cellTables();
+  return cArr2cliArr(mInfo->fbli, mInfo->totNoUvf);
+}
 
 std::vector<std::vector<double>> thModelInfoWrapper::fdz() const {
   std::vector<std::vector<double>> rows;
+  mInfo->cellTables();
   if (!mInfo->fdz || !mInfo->fbli) return rows;
   for (int32_t f = 0; f < mInfo->totNoUvf; ++f) rows.push_back(cArr2cliArr(mInfo->fdz[f], mInfo->nol - mInfo->fbli[f]));
   return rows;
@@ -49,6 +54,15 @@ std::vector<int32_t> thModelInfoWrapper::botlayerIdx() const {
 }
 std::vector<double> thModelInfoWrapper::dz() const { return cArr2cliArr(mInfo->dz, mInfo->nol); }
 std::vector<double> thModelInfoWrapper::layerDepth() const { return cArr2cliArr(mInfo->layerDepth, mInfo->nol); }
+bool thModelInfoWrapper::isInit() const { return mInfo->isInit; }
+int32_t thModelInfoWrapper::cells() const { return mInfo->cells; }
+std::vector<double> thModelInfoWrapper::cellDepth() const {
+  if (mInfo->cellDepth != nullptr || !mInfo->isInit) return cArr2cliArr(mInfo->cellDepth, mInfo->cells);
+  // After a light open the depths come from the columns, without the tables (60 bytes a cell).
+  std::vector<double> depth(std::max(mInfo->cells, 0), 0.0);
+  mInfo->fillCellDepths(depth.data());
+  return depth;
+}
 std::vector<double> thModelInfoWrapper::elemBathy() const {
   return cArr2cliArr(mInfo->elemBathy, mInfo->mesh2d.noe);
 }

@@ -32,6 +32,8 @@ class thModelInfoWrapper {
   int32_t layerType() const;
   void layerType(int32_t v);
   int32_t totNoUvf() const;
+  bool isInit() const;   // the cells are set up
+  int32_t cells() const;  // computational cells
   int32_t totNoUPnts() const;
   double topDepth() const;
   void topDepth(double v);
@@ -44,6 +46,7 @@ class thModelInfoWrapper {
   std::vector<double> dz() const;
   std::vector<double> layerDepth() const;
   std::vector<double> elemBathy() const;
+  std::vector<double> cellDepth() const;  // cells entries: depth of each cell's centre
   std::string ts2StrDT(int32_t ts) const;
   int64_t ts2DT(int32_t ts) const;
   // Upwind face thicknesses from the surface elevation h (noe values) and the velocities u

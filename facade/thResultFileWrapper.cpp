@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "facade/thWrapperUtil.h"
+#include "resultfile/thResultFileUgrid.h"
 #include "support/VDT.h"
+#include "support/VFiles.h"
 
 using VCppLib::VException;
 using thalmod::thResultFile;
@@ -56,10 +58,26 @@ std::string thResultFileWrapper::toString(int32_t level) const { return file().t
 int64_t thResultFileWrapper::strDT2LongDT(std::string value) { return VCppLib::VDT::strDT2longDT(value); }
 std::string thResultFileWrapper::longDT2StrDT(int64_t DT) { return VCppLib::VDT::longDT2StrDT(DT); }
 float thResultFileWrapper::delVal() { return ::delVal; }
+std::vector<int32_t> thResultFileWrapper::itemLengths() const { return file().itemLengthVec; }
+
+int32_t thResultFileWrapper::totNoTimesteps() {
+  thalmod::thResultFile& f = file();
+  if (f.format != thalmod::EMB && f.format != thalmod::RESTART && f.format != thalmod::DECOUPLED)
+    return f.mInfo.nt;
+  // Most runs are one physical file: getTotNoTimesteps would read its header a second time to
+  // learn what is known already.
+  f.fileNo = 1;
+  const bool more = VCppLib::fileExists(f.getFileName());
+  f.fileNo = 0;
+  return more ? f.getTotNoTimesteps() : f.mInfo.nt;
+}
+
 std::vector<std::string> thResultFileWrapper::items() const { return file().itemNameVec; }
 
 int32_t thResultFileWrapper::readHeader() {
-  int32_t rc = file().readHeader();
+  // The light open: the reads of this facade need no thickness or per-cell tables, and the model
+  // view builds them where one of its members needs them.
+  int32_t rc = file().readHeaderLight();
   mInfo = std::make_unique<thModelInfoWrapper>(&rf->mInfo);
   return rc;
 }
@@ -173,5 +191,7 @@ int32_t thResultFileWrapper::readLayerAndInterpOnBitmap(int32_t itemNo, int32_t 
   return file().readLayerAndInterpOnBitmap(itemNo, timestep, layer, &pixels, nx, ny, nz, xmin, xmax, ymin, ymax,
                                            zmin, zmax, arrPtr(colours), arrLen(colArr, fn, "colArr"), r, p);
 }
+
+void thResultFileWrapper::toUgrid(std::string path) { thalmod::writeUgrid(file(), path); }
 
 }  // namespace thWrapper

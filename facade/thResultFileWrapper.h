@@ -41,6 +41,10 @@ class thResultFileWrapper {
   static std::string longDT2StrDT(int64_t DT);
   static float delVal();
   std::vector<std::string> items() const;
+  std::vector<int32_t> itemLengths() const;  // values per timestep of each item, as items()
+  // The timesteps of the whole run: an EMB, RESTART or DECOUPLED run that goes on in "^" files
+  // counts them too (the reads follow them); otherwise the header's nt.
+  int32_t totNoTimesteps();
   int32_t readHeader();  // the library's result; mInfo is made anew in any case
   // Stores setCol as a 32-bit colour at pixel (w + 20) * 10 of bmd (a drawing check).
   void test(std::vector<uint8_t>& bmd, int32_t w, int32_t h, int32_t setCol);
@@ -73,6 +77,9 @@ class thResultFileWrapper {
                                      int32_t nx, int32_t ny, int32_t nz, double xmin, double xmax, double ymin,
                                      double ymax, double zmin, double zmax, const std::vector<int32_t>& colArr,
                                      double r, double p);
+  // Writes the whole file (every item and timestep) as a UGRID 1.0 NetCDF-4 file; see
+  // resultfile/thResultFileUgrid.h.
+  void toUgrid(std::string path);
 
  private:
   std::unique_ptr<thalmod::thResultFile> rf;

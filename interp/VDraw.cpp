@@ -15,19 +15,15 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/VCppLib.h"
+#include "support/VMsg.h"
 
 namespace VCppLib::VDraw {
 
 namespace {
-
-std::string num(double v) {
-  char buf[40];
-  std::snprintf(buf, sizeof buf, "%.17g", v);
-  return buf;
-}
 
 // A bitmap of nx by ny pixels: sizes may be 0 (nothing to paint), never negative.
 void checkBitmap(const char* fn, int32_t* bitmap, int32_t nx, int32_t ny) {
@@ -41,8 +37,8 @@ void checkBitmap(const char* fn, int32_t* bitmap, int32_t nx, int32_t ny) {
 // scale = nz/(zmax-zmin) would be infinite or not a number and end up as a colour index.
 void checkScale(const char* fn, double zmin, double zmax) {
   if (!(zmax != zmin))
-    throw VException(std::string(fn) + ": the colour scale from zmin = " + num(zmin) +
-                     " to zmax = " + num(zmax) + " is empty.");
+    throw VException(msg(fn, ": the colour scale from zmin = ", fullPrecision{zmin}, " to zmax = ",
+                         fullPrecision{zmax}, " is empty."));
 }
 
 using Palette = std::unique_ptr<int32_t[]>;
@@ -215,6 +211,183 @@ void spread(double v, const double* dd, const double* inv, double* sum, double* 
   }
 }
 
+// The map of the point painter: its rectangle, the search radius r in map units and the pixels
+// per map unit.
+struct PointFrame {
+  double xmin, xmax, ymin, ymax, r, sx, sy;
+};
+
+// The records of the points up to r outside the picture, which take part with pixel numbers
+// outside it.
+std::vector<PixelPoint> pixelPoints(const double* x, const double* y, const double* v, int32_t n,
+                                    const PointFrame& f) {
+  std::vector<PixelPoint> recs;
+  recs.reserve(n);
+  for (int32_t k = 0; k < n; ++k) {
+    if (f.xmin - f.r <= x[k] && x[k] <= f.xmax + f.r && f.ymin - f.r <= y[k] && y[k] <= f.ymax + f.r)
+      recs.push_back({truncToInt32((x[k] - f.xmin) * f.sx), truncToInt32((y[k] - f.ymin) * f.sy), v[k]});
+  }
+  return recs;
+}
+
+// Pixel numbers and radii are 32-bit; beyond 2^30 pixels the sums of the sweep would overflow.
+void checkPixelRadius(const char* fn, const PointFrame& f, int32_t nx, int32_t ny) {
+  constexpr double maxPixels = 1073741824.0;
+  if (std::fabs(f.sx * f.r) < maxPixels && std::fabs(f.sy * f.r) < maxPixels && nx < maxPixels &&
+      ny < maxPixels)
+    return;
+  throw VException(msg(fn, ": the map extent x from ", fullPrecision{f.xmin}, " to ", fullPrecision{f.xmax},
+                       ", y from ", fullPrecision{f.ymin}, " to ", fullPrecision{f.ymax},
+                       " and the search radius ", fullPrecision{f.r},
+                       " give no usable pixel radius for a ", nx, " x ", ny, " bitmap."));
+}
+
+// The radius in pixels that a point reaches, (rx + ry) / 2, and d^2 (as d*d of d = sqrt(s)) and
+// 1/d^2 tabulated for the integer squared distances s within it. For radius < 2^26, sqrt(s) <=
+// radius exactly when s <= radius^2. A radius beyond the table's size computes each distance.
+struct DistanceTable {
+  int64_t radius = 0;
+  int64_t radius2 = -1;  // radius^2, -1 when no point reaches beyond its own pixel
+  std::vector<double> dd, invDd;
+  bool tabled() const { return !dd.empty(); }
+};
+
+DistanceTable distanceTable(int64_t rx, int64_t ry) {
+  constexpr int64_t maxTable = 512;
+  DistanceTable t;
+  t.radius = (rx + ry) / 2;
+  if (t.radius > 0) t.radius2 = t.radius * t.radius;
+  if (t.radius > 0 && t.radius <= maxTable) {
+    t.dd.resize(t.radius2 + 1);
+    t.invDd.resize(t.radius2 + 1);
+    for (int64_t s = 1; s <= t.radius2; ++s) {
+      const double d = std::sqrt(static_cast<double>(s));
+      t.dd[s] = d * d;
+      t.invDd[s] = 1 / t.dd[s];
+    }
+  }
+  return t;
+}
+
+// The sums of v/d^2 and of 1/d^2 of one pixel column, by pixel row, and the d^2 and 1/d^2 of the
+// run of records being spread, by row offset + half.
+struct ColumnSums {
+  std::vector<double> sum, weight;
+  std::vector<double> runDd, runInv;
+};
+
+// The rows of column i within the radius of a run at column distance ddx: half the row window,
+// or -1 when the run reaches none.
+int64_t runHalfHeight(int64_t ddx, int64_t ry, const DistanceTable& t) {
+  if (!(t.radius > 0 && ddx * ddx <= t.radius2)) return -1;
+  if (!t.tabled()) return ry;
+  const int64_t room = t.radius2 - ddx * ddx;
+  int64_t h = static_cast<int64_t>(std::sqrt(static_cast<double>(room)));
+  while (h * h > room) --h;
+  while ((h + 1) * (h + 1) <= room) ++h;
+  return std::min(ry, h);
+}
+
+// Spreads the run recs[begin..end), the records of one pixel column, over the rows of column i
+// that each of them reaches, in record order.
+void spreadRun(const std::vector<PixelPoint>& recs, size_t begin, size_t end, int32_t i, int64_t ry,
+               const DistanceTable& t, ColumnSums& c) {
+  const int64_t ddx = recs[begin].ix - int64_t{i};
+  const int64_t half = runHalfHeight(ddx, ry, t);
+  if (half < 0) return;
+  const int64_t dx2 = ddx * ddx;
+  if (t.tabled()) {
+    c.runDd.resize(2 * half + 1);
+    c.runInv.resize(2 * half + 1);
+    for (int64_t o = -half; o <= half; ++o) {
+      c.runDd[o + half] = t.dd[dx2 + o * o];
+      c.runInv[o + half] = t.invDd[dx2 + o * o];
+    }
+    // The point's own pixel: its term is replaced by the point itself, any finite value will do.
+    if (ddx == 0) c.runDd[half] = 1;
+  }
+  const int64_t ny = static_cast<int64_t>(c.sum.size());
+  for (size_t k = begin; k < end; ++k) {
+    const int64_t iy = recs[k].iy;
+    const double value = recs[k].v;
+    const int64_t jlo = std::max<int64_t>(0, iy - half);
+    const int64_t jhi = std::min<int64_t>(ny - 1, iy + half);
+    if (jlo > jhi) continue;
+    if (t.tabled()) {
+      // d^2 depends on the row offset squared, so it is read forward from jlo - iy.
+      spread(value, c.runDd.data() + (jlo - iy + half), c.runInv.data() + (jlo - iy + half),
+             c.sum.data() + jlo, c.weight.data() + jlo, jhi - jlo + 1);
+      continue;
+    }
+    for (int64_t j = jlo; j <= jhi; ++j) {
+      const int64_t sq = dx2 + (iy - j) * (iy - j);
+      if (sq == 0) continue;  // the point's own pixel, decided apart
+      const double d = std::sqrt(static_cast<double>(sq));
+      if (!(d <= static_cast<double>(t.radius))) continue;
+      c.sum[j] += value / (d * d);
+      c.weight[j] += 1 / (d * d);
+    }
+  }
+}
+
+// Gathers the terms of column i from the records lo..hi (inclusive), run by run, so that every
+// pixel receives its terms in record order, as a walk of the records per pixel would. Returns
+// the run of records on column i itself, empty when there is none.
+std::pair<size_t, size_t> gatherColumn(const std::vector<PixelPoint>& recs, size_t lo, size_t hi,
+                                       int32_t i, int64_t ry, const DistanceTable& t, ColumnSums& c) {
+  std::fill(c.sum.begin(), c.sum.end(), 0.0);
+  std::fill(c.weight.begin(), c.weight.end(), 0.0);
+  std::pair<size_t, size_t> own{0, 0};
+  for (size_t k = lo; k <= hi;) {
+    size_t e = k + 1;
+    while (e <= hi && recs[e].ix == recs[k].ix) ++e;
+    if (recs[k].ix == i) own = {k, e};
+    spreadRun(recs, k, e, i, ry, t, c);
+    k = e;
+  }
+  return own;
+}
+
+// The first point on a pixel itself decides alone, whatever was gathered there. Without a row
+// window (ry < 0) no point is looked at.
+void placeOwnPoints(const std::vector<PixelPoint>& recs, std::pair<size_t, size_t> own, int64_t ry,
+                    ColumnSums& c) {
+  if (ry < 0) return;
+  const int64_t ny = static_cast<int64_t>(c.sum.size());
+  for (size_t k = own.first; k < own.second; ++k) {
+    const int32_t iy = recs[k].iy;
+    if (iy < 0 || iy >= ny || (k > own.first && recs[k - 1].iy == iy)) continue;
+    c.sum[iy] = recs[k].v;
+    c.weight[iy] = 1.0;
+  }
+}
+
+// The colour scale of the point painter: nz palette entries from zmin on, sz entries per unit.
+struct PointScale {
+  const int32_t* pal;
+  int32_t nz;
+  double zmin, sz;
+};
+
+// Colours the pixels of column i that gathered a weight; the others keep their colour.
+void paintColumn(const ColumnSums& c, int32_t i, int32_t* bitmap, int32_t nx, const PointScale& s) {
+  const int32_t ny = static_cast<int32_t>(c.sum.size());
+  for (int32_t j = 0; j < ny; ++j) {
+    const double weight = c.weight[j];
+    if (!(weight > 0)) continue;
+    const double q = (c.sum[j] / weight - s.zmin) * s.sz;
+    int32_t colour;
+    if (q < 0)
+      colour = s.pal[0];
+    else if (q > s.nz - 1)
+      colour = s.pal[s.nz - 1];
+    else if (std::isnan(q))
+      colour = s.pal[0];  // a point value that is not a number: the bottom of the scale
+    else
+      colour = s.pal[static_cast<int32_t>(q + 0.5)];
+    bitmap[static_cast<int64_t>(ny - 1 - j) * nx + i] = colour;
+  }
+}
 }  // namespace
 
 int32_t* colourRamp(const int32_t* colArr, int32_t ncolors, int32_t n) {
@@ -296,66 +469,25 @@ int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, 
                              const int32_t* colArr, int32_t ncolors, double r) {
   const char* fn = "VDraw::interpPointsOnBitmap";
   checkBitmap(fn, bitmap, nx, ny);
-  if (n < 0)
-    throw VException(std::string(fn) + ": the number of points " + std::to_string(n) +
-                     " is negative.");
+  if (n < 0) throw VException(msg(fn, ": the number of points ", n, " is negative."));
   if (n > 0 && (x == nullptr || y == nullptr || v == nullptr))
     throw VException(std::string(fn) + ": an array of point coordinates or values is null.");
   const Palette palette = ramp(colArr, ncolors, nz);
   checkScale(fn, zmin, zmax);
 
   if (r < 0) r = 2 * ((xmax - xmin) + (ymax - ymin)) / std::sqrt(static_cast<double>(n));
-  const double sx = nx / (xmax - xmin), sy = ny / (ymax - ymin);
-  const double rxd = sx * r, ryd = sy * r;
-  // Pixel numbers and radii are 32-bit; beyond 2^30 pixels the sums of the sweep would overflow.
-  constexpr double maxPixels = 1073741824.0;
-  const bool pixelsFit = std::fabs(rxd) < maxPixels && std::fabs(ryd) < maxPixels &&
-                         nx < maxPixels && ny < maxPixels;
-
-  // Points up to r outside the picture take part, with pixel numbers outside it.
-  std::vector<PixelPoint> recs;
-  recs.reserve(n);
-  for (int32_t k = 0; k < n; ++k) {
-    if (xmin - r <= x[k] && x[k] <= xmax + r && ymin - r <= y[k] && y[k] <= ymax + r)
-      recs.push_back({truncToInt32((x[k] - xmin) * sx), truncToInt32((y[k] - ymin) * sy), v[k]});
-  }
+  const PointFrame frame{xmin, xmax, ymin, ymax, r, nx / (xmax - xmin), ny / (ymax - ymin)};
+  std::vector<PixelPoint> recs = pixelPoints(x, y, v, n, frame);
   if (recs.empty()) return 0;
-  if (!pixelsFit)
-    throw VException(std::string(fn) + ": the map extent x from " + num(xmin) + " to " +
-                     num(xmax) + ", y from " + num(ymin) + " to " + num(ymax) +
-                     " and the search radius " + num(r) + " give no usable pixel radius for a " +
-                     std::to_string(nx) + " x " + std::to_string(ny) + " bitmap.");
-
+  checkPixelRadius(fn, frame, nx, ny);
   // Sorted by column; within a column by row and then by the points' order, so that two points
   // on one pixel always give the value of the first one given.
   sortPixelPoints(recs);
 
-  const int32_t* pal = palette.get();
-  const double sz = nz / (zmax - zmin);
-  const int64_t rx = static_cast<int64_t>(rxd), ry = static_cast<int64_t>(ryd);
-  const int64_t radius = (rx + ry) / 2;  // in pixels, compared with the distance
-  // d^2 (as d*d of d = sqrt(s)) and 1/d^2, tabulated for the integer squared distances s within
-  // the radius. For radius < 2^26, sqrt(s) <= radius exactly when s <= radius^2.
-  constexpr int64_t maxTable = 512;
-  std::vector<double> dd, invDd;
-  if (radius > 0 && radius <= maxTable) {
-    dd.resize(radius * radius + 1);
-    invDd.resize(radius * radius + 1);
-    for (int64_t s = 1; s <= radius * radius; ++s) {
-      const double d = std::sqrt(static_cast<double>(s));
-      dd[s] = d * d;
-      invDd[s] = 1 / dd[s];
-    }
-  }
-  const int64_t radius2 = radius > 0 ? radius * radius : -1;
-
-  const bool tabled = !dd.empty();
-
-  // Each column gathers, pixel row by pixel row, the sum of v/d^2 and of 1/d^2. The records are
-  // visited run by run and in each run by row, spreading each record over the rows it reaches,
-  // so every pixel receives its terms in record order, as a walk of the records per pixel would.
-  std::vector<double> sumRow(ny), weightRow(ny);
-  std::vector<double> runDd, runInv;  // d^2 and 1/d^2 of one run, by row offset + half
+  const int64_t rx = static_cast<int64_t>(frame.sx * r), ry = static_cast<int64_t>(frame.sy * r);
+  const DistanceTable table = distanceTable(rx, ry);
+  const PointScale scale{palette.get(), nz, zmin, nz / (zmax - zmin)};
+  ColumnSums sums{std::vector<double>(ny), std::vector<double>(ny), {}, {}};
   const size_t m = recs.size();
   size_t lo = 0, hi = 0;
   for (int32_t i = 0; i < nx; ++i) {
@@ -363,92 +495,8 @@ int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, 
     while (lo < m - 1 && recs[lo].ix < i - rx) ++lo;
     // The range lo..hi (inclusive) only moves forward; the last record stops both indices.
     if (hi <= lo) continue;
-    std::fill(sumRow.begin(), sumRow.end(), 0.0);
-    std::fill(weightRow.begin(), weightRow.end(), 0.0);
-    size_t ownBegin = 0, ownEnd = 0;  // the run of this column, where a point can hit the pixel
-    for (size_t k = lo; k <= hi;) {
-      size_t e = k + 1;
-      while (e <= hi && recs[e].ix == recs[k].ix) ++e;
-      const size_t begin = k;
-      k = e;
-      const int64_t ddx = recs[begin].ix - int64_t{i};
-      if (ddx == 0) {
-        ownBegin = begin;
-        ownEnd = e;
-      }
-      // A run farther than the radius holds no point that counts; in a nearer one only the rows
-      // within the radius, and within the row window, are reached.
-      if (!(radius > 0 && ddx * ddx <= radius * radius)) continue;
-      const int64_t dx2 = ddx * ddx;
-      int64_t half = ry;
-      if (tabled) {
-        const int64_t room = radius2 - dx2;
-        int64_t h = static_cast<int64_t>(std::sqrt(static_cast<double>(room)));
-        while (h * h > room) --h;
-        while ((h + 1) * (h + 1) <= room) ++h;
-        half = std::min(half, h);
-      }
-      if (half < 0) continue;
-      if (tabled) {
-        runDd.resize(2 * half + 1);
-        runInv.resize(2 * half + 1);
-        for (int64_t t = -half; t <= half; ++t) {
-          runDd[t + half] = dd[dx2 + t * t];
-          runInv[t + half] = invDd[dx2 + t * t];
-        }
-        // The point's own pixel: its term is replaced by the point below, any finite value will do.
-        if (ddx == 0) runDd[half] = 1;
-      }
-      for (size_t r = begin; r < e; ++r) {
-        const int64_t iy = recs[r].iy;
-        const double v = recs[r].v;
-        const int64_t jlo = std::max<int64_t>(0, iy - half);
-        const int64_t jhi = std::min<int64_t>(ny - 1, iy + half);
-        if (jlo > jhi) continue;
-        double* sumP = sumRow.data();
-        double* weightP = weightRow.data();
-        if (tabled) {
-          // d^2 depends on the row offset squared, so it is read forward from jlo - iy.
-          spread(v, runDd.data() + (jlo - iy + half), runInv.data() + (jlo - iy + half),
-                 sumP + jlo, weightP + jlo, jhi - jlo + 1);
-        } else {
-          for (int64_t j = jlo; j <= jhi; ++j) {
-            const int64_t sq = dx2 + (iy - j) * (iy - j);
-            if (sq == 0) continue;  // the point's own pixel, decided below
-            const double d = std::sqrt(static_cast<double>(sq));
-            if (!(d <= static_cast<double>(radius))) continue;
-            sumP[j] += v / (d * d);
-            weightP[j] += 1 / (d * d);
-          }
-        }
-      }
-    }
-    // The first point on a pixel itself decides alone, whatever was gathered there. Without a
-    // row window (ry < 0) no point is looked at.
-    if (ry >= 0) {
-      for (size_t r = ownBegin; r < ownEnd; ++r) {
-        const int32_t iy = recs[r].iy;
-        if (iy < 0 || iy >= ny || (r > ownBegin && recs[r - 1].iy == iy)) continue;
-        sumRow[iy] = recs[r].v;
-        weightRow[iy] = 1.0;
-      }
-    }
-
-    for (int32_t j = 0; j < ny; ++j) {
-      const double weight = weightRow[j];
-      if (!(weight > 0)) continue;  // no point within reach: the pixel keeps its colour
-      const double q = (sumRow[j] / weight - zmin) * sz;
-      int32_t c;
-      if (q < 0)
-        c = pal[0];
-      else if (q > nz - 1)
-        c = pal[nz - 1];
-      else if (std::isnan(q))
-        c = pal[0];  // a point value that is not a number: the bottom of the scale
-      else
-        c = pal[static_cast<int32_t>(q + 0.5)];
-      bitmap[static_cast<int64_t>(ny - 1 - j) * nx + i] = c;
-    }
+    placeOwnPoints(recs, gatherColumn(recs, lo, hi, i, ry, table, sums), ry, sums);
+    paintColumn(sums, i, bitmap, nx, scale);
   }
   return 0;
 }

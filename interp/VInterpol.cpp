@@ -8,12 +8,13 @@
 
 #include "interp/Vkdtree.h"
 #include "support/VCppLib.h"
+#include "support/VMsg.h"
 
 namespace VCppLib {
 
 namespace {
 
-std::string num(int64_t v) { return std::to_string(v); }
+using VCppLib::str;
 
 void needArrays(bool ok, const char* fn, const char* what) {
   if (!ok) throw VException(std::string(fn) + ": the " + what + " arrays are missing.");
@@ -41,23 +42,23 @@ compactPoints compact(const double* x, const double* y, const double* z, const u
 }  // namespace
 
 int32_t VInterpol::init(double* x, double* y, double* z, uint8_t* mask, int32_t n, double* tx, double* ty,
-                        double* tz, int32_t nt, int32_t type, bool is3D) {
+                        double* tz, int32_t nt, int32_t interpType, bool is3D) {
   const char* fn = is3D ? "VInterpol::init3D" : "VInterpol::init2D";
   if (n < 0 || nt < 0)
-    throw VException(std::string(fn) + ": the counts of source points (" + num(n) + ") and targets (" +
-                     num(nt) + ") must not be negative.");
+    throw VException(std::string(fn) + ": the counts of source points (" + str(n) + ") and targets (" +
+                     str(nt) + ") must not be negative.");
   needArrays(n == 0 || (x && y && (!is3D || z)), fn, "source coordinate");
   needArrays(nt == 0 || (tx && ty && (!is3D || tz)), fn, "target coordinate");
   compactPoints c = compact(x, y, is3D ? z : nullptr, mask, n);
-  this->type = type;
+  type = interpType;
   if (!is3D) {  // a 2-D preparation starts afresh, a 3-D one adds to what is there
     weights.clear();
     sources.clear();
   }
-  if (type != vinterpolIDW) throw VException("Unsupported interpolation type.");
+  if (interpType != vinterpolIDW) throw VException("Unsupported interpolation type.");
   int32_t m = static_cast<int32_t>(c.map.size());
   if (m < 3)
-    throw VException(std::string(fn) + ": the method takes the three nearest source points, but " + num(m) +
+    throw VException(std::string(fn) + ": the method takes the three nearest source points, but " + str(m) +
                      " remain" + (mask ? " after masking." : "."));
   std::unique_ptr<Vkdtree> tree(is3D ? new Vkdtree(c.x.data(), c.y.data(), c.z.data(), m, zScale)
                                      : new Vkdtree(c.x.data(), c.y.data(), m));
@@ -94,23 +95,23 @@ int32_t VInterpol::init(double* x, double* y, double* z, uint8_t* mask, int32_t 
   return 0;
 }
 
-int32_t VInterpol::init2D(double* x, double* y, int32_t n, double* tx, double* ty, int32_t nt, int32_t type) {
-  return init(x, y, nullptr, nullptr, n, tx, ty, nullptr, nt, type, false);
+int32_t VInterpol::init2D(double* x, double* y, int32_t n, double* tx, double* ty, int32_t nt, int32_t interpType) {
+  return init(x, y, nullptr, nullptr, n, tx, ty, nullptr, nt, interpType, false);
 }
 
 int32_t VInterpol::init2D(double* x, double* y, uint8_t* mask, int32_t n, double* tx, double* ty, int32_t nt,
-                          int32_t type) {
-  return init(x, y, nullptr, mask, n, tx, ty, nullptr, nt, type, false);
+                          int32_t interpType) {
+  return init(x, y, nullptr, mask, n, tx, ty, nullptr, nt, interpType, false);
 }
 
 int32_t VInterpol::init3D(double* x, double* y, double* z, int32_t n, double* tx, double* ty, double* tz,
-                          int32_t nt, int32_t type) {
-  return init(x, y, z, nullptr, n, tx, ty, tz, nt, type, true);
+                          int32_t nt, int32_t interpType) {
+  return init(x, y, z, nullptr, n, tx, ty, tz, nt, interpType, true);
 }
 
 int32_t VInterpol::init3D(double* x, double* y, double* z, uint8_t* mask, int32_t n, double* tx, double* ty,
-                          double* tz, int32_t nt, int32_t type) {
-  return init(x, y, z, mask, n, tx, ty, tz, nt, type, true);
+                          double* tz, int32_t nt, int32_t interpType) {
+  return init(x, y, z, mask, n, tx, ty, tz, nt, interpType, true);
 }
 
 // ---------------------------------------------------------------- RBF
@@ -155,7 +156,7 @@ int32_t RBF3DInterpol(double* x, double* y, double* z, double** values, int32_t 
                       double* tx, double* ty, double* tz, double** out, int32_t nt, double R, int32_t k) {
   if (n < 1 || nt < 0 || noFields < 1)
     throw VException("RBF3DInterpol: it needs at least one source point and field and no negative target count (" +
-                     num(n) + " points, " + num(noFields) + " fields, " + num(nt) + " targets were given).");
+                     str(n) + " points, " + str(noFields) + " fields, " + str(nt) + " targets were given).");
   needArrays(x && y && z && values && values[0], "RBF3DInterpol", "source");
   needArrays(out && (nt == 0 || (tx && ty && tz)), "RBF3DInterpol", "target");
   const int32_t size = n + 1;
@@ -175,7 +176,7 @@ int32_t RBF3DInterpol(double* x, double* y, double* z, double** values, int32_t 
   // The last pivot is divided by untested; a singular system shows as values that are not finite.
   for (double v : c)
     if (!std::isfinite(v))
-      throw VException("RBF3DInterpol: the system of the " + num(n) +
+      throw VException("RBF3DInterpol: the system of the " + str(n) +
                        " source points is singular (are two of them at one place?); there is no interpolation.");
   double* o = new double[nt > 0 ? nt : 1];
   for (int32_t t = 0; t < nt; ++t) {

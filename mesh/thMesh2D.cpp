@@ -1,21 +1,16 @@
-// The mesh object: construction, the shared ownership of its arrays, clone.
+// The mesh object: construction, copies and the shared ownership of their arrays, clone.
 #include "mesh/thMesh2D.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "support/VStr.h"
 
 namespace thalmod {
 
 namespace {
-
-template <typename T>
-void freeArr(T*& p) {
-  delete[] p;
-  p = nullptr;
-}
 
 template <typename T>
 T* copyArr(const T* src, int64_t n) {
@@ -25,92 +20,134 @@ T* copyArr(const T* src, int64_t n) {
   return dst;
 }
 
+// The arrays that initMesh derives, but nxUTM and nyUTM, which may alias nxCoor and nyCoor.
+template <typename F>
+void forEachDerived(thMesh2D& m, F f) {
+  f(m.eni); f(m.exCoor); f(m.eyCoor); f(m.enxCoor); f(m.enyCoor);
+  f(m.eArea); f(m.eAreaInv); f(m.eIsAcute);
+  f(m.vfDist); f(m.vfDistInv); f(m.vfDistX); f(m.vfDistY); f(m.vfxNormL); f(m.vfyNormL);
+  f(m.bndNoFaces); f(m.bndId); f(m.bndElem); f(m.bndFirst);
+  f(m.vft); f(m.vfn); f(m.vfe); f(m.vfeDist); f(m.vfl); f(m.vfxCoor); f(m.vfyCoor);
+  f(m.evf); f(m.evfNbr); f(m.evfDist); f(m.nivfpe); f(m.nbvfpe); f(m.evfSign);
+  f(m.vfdx); f(m.vfdy);
+}
+
+// The primary arrays, with the Voronoi points.
+template <typename F>
+void forEachPrimary(thMesh2D& m, F f) {
+  f(m.nxCoor); f(m.nyCoor); f(m.nt); f(m.nonpe); f(m.en); f(m.eVoronoiX); f(m.eVoronoiY);
+}
+
+// The caches built on demand.
+template <typename F>
+void forEachCache(thMesh2D& m, F f) {
+  f(m.eNbrNo); f(m.eNbrIdx); f(m.eNbr); f(m.eNbrVf); f(m.circumX); f(m.circumY); f(m.anglesVF);
+}
+
+// nxUTM, nyUTM are arrays of their own only in a lon/lat mesh; otherwise they alias nxCoor,
+// nyCoor, or the arrays that an editor has since replaced.
+bool ownUTM(const thMesh2D& m) { return m.isLonLat && m.nxUTM != m.nxCoor && m.nyUTM != m.nyCoor; }
+
 }  // namespace
 
-thMesh2D::thMesh2D()
-    : initFlag(std::make_shared<uint8_t>(0)), ownsArrays(std::make_shared<uint8_t>(0)) {
+thMesh2D::thMesh2D() : initFlag(std::make_shared<uint8_t>(0)) {
   const std::string& nl = VCppLib::newline;
   defaultMeshText = "4\t1" + nl + "0\t0" + nl + "1\t0" + nl + "1\t1" + nl + "0\t1" + nl + "0\t1\t2\t3" + nl;
 }
 
-thMesh2D::~thMesh2D() { freeArrays(); }
+thMesh2D::thMesh2D(const thMesh2D& other) : thMesh2D() { *this = other; }
+
+thMesh2D& thMesh2D::operator=(const thMesh2D& other) {
+  if (this == &other) return *this;
+  other.holdArrays();
+  freeArrays();
+  const thMesh2D& o = other;
+  meshFN = o.meshFN; meshFmt = o.meshFmt; projection = o.projection; non = o.non; nt = o.nt;
+  nxCoor = o.nxCoor; nyCoor = o.nyCoor; utmZone = o.utmZone; nxUTM = o.nxUTM; nyUTM = o.nyUTM;
+  xMean = o.xMean; yMean = o.yMean; totArea = o.totArea; areaCenterX = o.areaCenterX;
+  areaCenterY = o.areaCenterY; noe = o.noe; exCoor = o.exCoor; eyCoor = o.eyCoor; eVoronoiX = o.eVoronoiX;
+  eVoronoiY = o.eVoronoiY; nonpe = o.nonpe; en = o.en; enxCoor = o.enxCoor; enyCoor = o.enyCoor;
+  eni = o.eni; eArea = o.eArea; eAreaInv = o.eAreaInv; eIsAcute = o.eIsAcute; vfDist = o.vfDist;
+  vfDistInv = o.vfDistInv; vfDistX = o.vfDistX; vfDistY = o.vfDistY; vfxNormL = o.vfxNormL;
+  vfyNormL = o.vfyNormL; eNbrNo = o.eNbrNo; eNbrIdx = o.eNbrIdx; eNbr = o.eNbr; eNbrVf = o.eNbrVf;
+  nBnd = o.nBnd; bndNoFaces = o.bndNoFaces; tnbe = o.tnbe; bndId = o.bndId; bndElem = o.bndElem;
+  bndFirst = o.bndFirst; nvf = o.nvf; vft = o.vft; vfn = o.vfn; vfe = o.vfe; vfeDist = o.vfeDist;
+  vfl = o.vfl; vfxCoor = o.vfxCoor; vfyCoor = o.vfyCoor; nevf = o.nevf; evf = o.evf; evfNbr = o.evfNbr;
+  evfDist = o.evfDist; nivfpe = o.nivfpe; nbvfpe = o.nbvfpe; evfSign = o.evfSign; nivf = o.nivf;
+  circumInit = o.circumInit; xMax = o.xMax; xMin = o.xMin; yMax = o.yMax; yMin = o.yMin;
+  meanElemSize = o.meanElemSize; nCircum = o.nCircum; circumX = o.circumX; circumY = o.circumY;
+  vfdx = o.vfdx; vfdy = o.vfdy; isLonLat = o.isLonLat; isOrthogonal = o.isOrthogonal;
+  hasVoronoi = o.hasVoronoi; defaultMeshText = o.defaultMeshText; anglesVF = o.anglesVF;
+  initFlag = o.initFlag; dij = o.dij; dijInit = o.dijInit; kdTree = o.kdTree; anglesVFCap = o.anglesVFCap;
+  queryCache = o.queryCache; shares = o.shares;
+  return *this;
+}
+
+// The last holder of the initFlag byte clears it; copies that live on keep it, since their
+// arrays live on with them.
+thMesh2D::~thMesh2D() {
+  freeArrays();
+  if (initFlag.use_count() == 1) *initFlag = 0;
+}
+
+void thMesh2D::holdArrays() const {
+  auto& m = const_cast<thMesh2D&>(*this);  // only the holder changes
+  auto hold = [this](auto* p) { shares.hold(p); };
+  forEachPrimary(m, hold);
+  forEachDerived(m, hold);
+  forEachCache(m, hold);
+  if (ownUTM(*this)) {
+    shares.hold(nxUTM);
+    shares.hold(nyUTM);
+  }
+}
 
 void thMesh2D::freeDerivedArrays() {
-  const bool owned = (initFlag && *initFlag != 0) || (ownsArrays && *ownsArrays != 0);
-  auto drop = [owned](auto*& p) {
-    if (owned) delete[] p;
-    p = nullptr;
-  };
-  drop(eni);
-  // nxUTM, nyUTM are arrays of their own only in a lon/lat mesh; otherwise they alias nxCoor,
-  // nyCoor, or the arrays that an editor has since replaced and freed.
-  if (isLonLat && nxUTM != nxCoor) drop(nxUTM); else nxUTM = nullptr;
-  if (isLonLat && nyUTM != nyCoor) drop(nyUTM); else nyUTM = nullptr;
-  drop(exCoor); drop(eyCoor); drop(enxCoor); drop(enyCoor);
-  drop(eArea); drop(eAreaInv); drop(eIsAcute);
-  drop(vfDist); drop(vfDistInv); drop(vfDistX); drop(vfDistY);
-  drop(vfxNormL); drop(vfyNormL);
-  drop(bndNoFaces); drop(bndId); drop(bndElem); drop(bndFirst);
-  drop(vft); drop(vfn); drop(vfe); drop(vfeDist); drop(vfl); drop(vfxCoor); drop(vfyCoor);
-  drop(evf); drop(evfNbr); drop(evfDist); drop(nivfpe); drop(nbvfpe); drop(evfSign);
-  drop(vfdx); drop(vfdy);
-  dropQueryCaches();  // the k-d tree, path graph and indexes describe the old arrays
-  if (!owned) {
-    // A copy whose arrays went with another copy holds caches that are not its own either.
-    anglesVF = nullptr;
-    anglesVFCap = 0;
-    eNbrNo = eNbrIdx = eNbr = eNbrVf = nullptr;
-    circumInit = false;
-    nCircum = 0;
-    circumX = circumY = nullptr;
+  if (ownUTM(*this)) {
+    shares.release(nxUTM);
+    shares.release(nyUTM);
   }
+  nxUTM = nyUTM = nullptr;
+  forEachDerived(*this, [this](auto*& p) { shares.release(p); });
+  dropQueryCaches();  // the k-d tree, path graph and indexes describe the old arrays
+}
+
+void thMesh2D::freeCaches() {
+  forEachCache(*this, [this](auto*& p) { shares.release(p); });
+  anglesVFCap = 0;
+  circumInit = false;
+  nCircum = 0;
+  dropQueryCaches();
 }
 
 void thMesh2D::freeArrays() {
-  const bool owned = (initFlag && *initFlag != 0) || (ownsArrays && *ownsArrays != 0);
-  if (owned) {
-    freeDerivedArrays();
-    freeArr(nxCoor); freeArr(nyCoor); freeArr(nt); freeArr(nonpe); freeArr(en);
-    freeArr(eVoronoiX); freeArr(eVoronoiY);
-    freeArr(eNbrNo); freeArr(eNbrIdx); freeArr(eNbr); freeArr(eNbrVf);
-    freeArr(circumX); freeArr(circumY);
-    freeArr(anglesVF);
-    anglesVFCap = 0;
-    circumInit = false;
-  }
-  dropQueryCaches();
-  if (initFlag) *initFlag = 0;
-  if (ownsArrays) *ownsArrays = 0;
+  freeDerivedArrays();
+  forEachPrimary(*this, [this](auto*& p) { shares.release(p); });
+  freeCaches();
+  shares.clear();  // arrays held but no longer in a field go as well
 }
 
 thMesh2D* thMesh2D::clone() const {
-  auto* c = new thMesh2D(*this);
-  // A group of its own, so that neither mesh frees what the other holds.
+  auto c = std::make_unique<thMesh2D>(*this);
+  // Not the source's group: a clone is initialised on its own.
   c->initFlag = std::make_shared<uint8_t>(0);
-  c->ownsArrays = std::make_shared<uint8_t>(0);
-  c->freeDerivedArrays();  // owns nothing yet: only forgets the source's derived arrays and caches
-  *c->ownsArrays = 1;
-  c->nxCoor = copyArr(nxCoor, non);
-  c->nyCoor = copyArr(nyCoor, non);
-  c->nt = copyArr(nt, non);
-  c->nonpe = copyArr(nonpe, noe);
+  c->freeCaches();  // only lets go of the source's caches, which it shares
   int64_t entries = 0;
   if (nonpe != nullptr)
     for (int32_t e = 0; e < noe; e++) entries += nonpe[e];
-  c->en = copyArr(en, entries);
-  // Own copies rather than shared Voronoi arrays: two groups freeing one array would free it twice.
-  c->eVoronoiX = hasVoronoi ? copyArr(eVoronoiX, noe) : nullptr;
-  c->eVoronoiY = hasVoronoi ? copyArr(eVoronoiY, noe) : nullptr;
-  c->dij = nullptr;
-  c->dijInit = false;
-  c->kdTree = nullptr;
-  try {
-    c->initMesh();
-  } catch (...) {
-    delete c;
-    throw;
-  }
-  return c;
+  auto own = [&c](auto*& field, auto* copy) {
+    c->shares.release(field);  // lets go of the source's array, which the source keeps
+    field = copy;
+  };
+  c->freeDerivedArrays();  // before nxCoor changes: nxUTM may alias it
+  own(c->nxCoor, copyArr(nxCoor, non));
+  own(c->nyCoor, copyArr(nyCoor, non));
+  own(c->nt, copyArr(nt, non));
+  own(c->nonpe, copyArr(nonpe, noe));
+  own(c->en, copyArr(en, entries));
+  // eVoronoiX, eVoronoiY stay shared with the source when it has them, as initMesh keeps them.
+  c->initMesh();
+  return c.release();
 }
 
 int32_t thMesh2D::utmZoneFromProjection() {

@@ -11,8 +11,11 @@
 //  - vfe of an open boundary face f holds the element and the ghost column noe+(f-nivf);
 //    of a closed face the element and -99; of an inner face the lower and the higher element.
 //
-// Copies are shallow: a copy shares every array and the initFlag byte with its source, and the
-// copy destroyed first frees the arrays.
+// Copies are shallow: a copy shares every array and the initFlag byte with its source. Each
+// array is freed when the last mesh that holds it goes or lets go of it (see VArrayShare), so
+// copies may be destroyed in any order, and initMesh or an edit on one copy gives that copy new
+// arrays while the others keep theirs. Code that replaces an array of a mesh releases the old one
+// through `shares` and never deletes it itself.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "support/VArrayShare.h"
 #include "support/VCppLib.h"
 
 namespace VCppLib {
@@ -32,6 +36,10 @@ struct thMeshQueryCache;  // mesh/thMeshIndex.h
 }  // namespace thalmod
 
 namespace thalmod {
+
+// Most nodes that an element may have: initMesh sorts an element's faces in working arrays of
+// this size, and the readers and editors refuse larger elements.
+constexpr int32_t maxNodesPerElem = 50;
 
 class thMesh2D {
  public:
@@ -106,7 +114,8 @@ class thMesh2D {
   bool hasVoronoi = false;          // eVoronoiX/Y are filled and are kept by initMesh
   std::string defaultMeshText;      // a unit square in the text format
   double* anglesVF = nullptr;       // [inner face] deviation from a right angle, degrees
-  // Non-zero once initMesh has run; shared between shallow copies, cleared by the one that frees.
+  // Non-zero once initMesh has run on this group of shallow copies, which share the byte. It says
+  // nothing about ownership: the arrays go with their last holder (shares).
   std::shared_ptr<uint8_t> initFlag;
   // Shortest path graph along the mesh edges, built on first use (default scale 10000).
   VCppLib::dijkstra* dij = nullptr;
@@ -115,21 +124,22 @@ class thMesh2D {
 
   // Capacity of anglesVF: a later run may find more inner faces than the one that allocated it.
   int32_t anglesVFCap = 0;
-  // Shared like initFlag: the arrays are this group's to free even when an initMesh failed
-  // half-way or never ran after a reader allocated them.
-  std::shared_ptr<uint8_t> ownsArrays;
+  // The references by which this mesh keeps the arrays that it shares with its copies.
+  mutable VCppLib::VArrayShare shares;
 
   thMesh2D();
-  thMesh2D(const thMesh2D&) = default;             // shallow: shares arrays and initFlag
-  thMesh2D& operator=(const thMesh2D&) = default;  // shallow: shares arrays and initFlag
+  thMesh2D(const thMesh2D& other);  // shallow: shares arrays and initFlag
+  // Shallow: lets go of this mesh's arrays, then shares those of other and its initFlag.
+  thMesh2D& operator=(const thMesh2D& other);
   ~thMesh2D();
 
-  // A deep copy on the heap with its own primary arrays, initialised. The caller deletes it.
+  // A copy on the heap with its own primary arrays, initialised; the Voronoi points stay shared
+  // with this mesh when it has them (hasVoronoi). The caller deletes it.
   thMesh2D* clone() const;
 
   // Derives faces, centres, areas, Voronoi points, face metrics and boundaries. Returns 0.
   // Throws VException "Voronoi point on face." + error tail, or a sentence on broken input
-  // (node numbers outside 0..non-1, more than 50 nodes in an element).
+  // (node numbers outside 0..non-1, more than maxNodesPerElem nodes in an element).
   int32_t initMesh();
   // Steps of initMesh, in the order in which it runs them.
   void initFaces();
@@ -239,7 +249,7 @@ class thMesh2D {
   int32_t editDelUnusedNodes();  // deletes the nodes that no element uses
   // Appends a node of type nodeType.
   int32_t editAddNode(double x, double y, int32_t nodeType, bool reInitMesh);
-  // Appends an element of the n nodes elemNodes (0 to 50); its Voronoi point is its node mean.
+  // Appends an element of the n nodes elemNodes (0 to maxNodesPerElem); its Voronoi point is its node mean.
   int32_t editAddElem(int32_t n, const int32_t* elemNodes, bool reInitMesh);
   // The same for ne elements at once (nnPerElem[k] nodes each, one after the other in elemNodes),
   // each with its own node mean as Voronoi point.
@@ -312,12 +322,16 @@ class thMesh2D {
   // The mesh in the text format, with its Voronoi points.
   std::string toString();
 
-  // Frees every array this object's group owns and clears the shared flags.
+  // Lets go of every array (freed where this mesh was the last holder), sets the pointers to
+  // null and forgets the query caches. Counts and texts stay.
   void freeArrays();
-  // Frees the arrays that initMesh derives (not the primary arrays, not the Voronoi points,
-  // not the caches), when this group owns them; always sets their pointers to null. A group
-  // that owns nothing also forgets its caches, which then belong to another group.
+  // The same for the arrays that initMesh derives (not the primary arrays, not the Voronoi
+  // points, not the caches).
   void freeDerivedArrays();
+  // Lets go of the caches built on demand: neighbour lists, circumference, anglesVF, queries.
+  void freeCaches();
+  // Puts every array of the fields into `shares`, so that a copy can take them along.
+  void holdArrays() const;
 };
 
 }  // namespace thalmod

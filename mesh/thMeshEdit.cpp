@@ -14,9 +14,10 @@
 #include <string>
 #include <vector>
 
-#include "mesh/thBigArrays.h"
+#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshIndex.h"
+#include "support/VMsg.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"
 
@@ -26,13 +27,7 @@ using VCppLib::VException;
 
 namespace {
 
-constexpr int32_t maxNodesPerElem = 50;  // the working arrays of initMesh
-
-// A number as text (the mesh's own toString would hide the library's inside its members).
-template <typename T>
-std::string str(const T& v) {
-  return VCppLib::VStr::toString(v);
-}
+using VCppLib::str;
 
 template <typename T>
 std::unique_ptr<T[]> newArr(int64_t n) {
@@ -178,13 +173,12 @@ void MeshEdit::removeNodes(const std::vector<char>& drop) {
 }
 
 int32_t MeshEdit::commit(bool reInit) {
-  // As a reader installs new arrays: the derived ones go first, while the ownership is still
-  // that of the old arrays (nxUTM may alias the nxCoor that is about to go).
-  const bool owned = (*m.initFlag != 0) || (*m.ownsArrays != 0);
+  // As a reader installs new arrays: the derived ones go first (nxUTM may alias the nxCoor
+  // that is about to go). Arrays that copies of this mesh share stay with them.
   m.freeDerivedArrays();
-  auto put = [owned](auto*& field, auto& fresh) {
+  auto put = [this](auto*& field, auto& fresh) {
     if (!fresh) return;
-    if (owned) delete[] field;
+    m.shares.release(field);
     field = fresh.release();
   };
   put(m.nxCoor, x);
@@ -193,14 +187,11 @@ int32_t MeshEdit::commit(bool reInit) {
   put(m.nonpe, nonpe);
   put(m.en, en);
   if (replaceVoronoi) {
-    if (owned) {
-      delete[] m.eVoronoiX;
-      delete[] m.eVoronoiY;
-    }
+    m.shares.release(m.eVoronoiX);
+    m.shares.release(m.eVoronoiY);
     m.eVoronoiX = vx.release();
     m.eVoronoiY = vy.release();
   }
-  *m.ownsArrays = 1;
   m.non = non;
   m.noe = noe;
   if (reInit) return m.initMesh();
@@ -294,23 +285,11 @@ std::vector<int32_t> mergePartners(const thMesh2D& m, const thMesh2D& g) {
   return partner;
 }
 
-// A mesh passed by value is destroyed by the operation, and with it the arrays that it shares
-// with its source. When the source is this very mesh (the same group of copies), that would free
-// the arrays just installed: such a copy is only detached from the group instead.
-void disposeGiven(thMesh2D& given, const thMesh2D& self) {
-  if (given.initFlag == self.initFlag || given.ownsArrays == self.ownsArrays) {
-    given.initFlag = std::make_shared<uint8_t>(0);
-    given.ownsArrays = std::make_shared<uint8_t>(0);
-    return;
-  }
-  given.freeArrays();
-}
-
 // Disposes of a mesh passed by value when the operation ends, also when it fails.
 struct GivenMesh {
   thMesh2D& given;
-  const thMesh2D& self;
-  ~GivenMesh() { disposeGiven(given, self); }
+  // It lets go of its arrays: those that its source (perhaps this very mesh) still holds stay.
+  ~GivenMesh() { given.freeArrays(); }
 };
 
 // Compared as initMesh reads a projection: any text with LONLAT in it is longitude and latitude.
@@ -608,7 +587,7 @@ int32_t thMesh2D::editAddMesh(thMesh2D m) {
   // Copied out first: the given mesh may share its arrays with this one, which changes below.
   MeshCopy c;
   {
-    const GivenMesh disposal{m, *this};
+    const GivenMesh disposal{m};
     c = copyOf(m, "editAddMesh");
   }
   // Coincident nodes stay double. The projection is not compared: a mesh file holds none, and
@@ -619,7 +598,7 @@ int32_t thMesh2D::editAddMesh(thMesh2D m) {
 
 thMesh2D* thMesh2D::mergeMesh(thMesh2D m) {
   // The given mesh is read where it is (this mesh does not change) and disposed of at the end.
-  const GivenMesh disposal{m, *this};
+  const GivenMesh disposal{m};
   if (projectionKey(m.projection) != projectionKey(projection))
     throw VException("mergeMesh: the meshes are in different projections (" + projection + " and " + m.projection +
                      "); bring one into the other's with toLonLat or toUTM first.");
@@ -646,7 +625,6 @@ thMesh2D* thMesh2D::mergeMesh(thMesh2D m) {
   r->nt = bigarr::newArr<int32_t>(r->non);
   r->nonpe = bigarr::newArr<int32_t>(r->noe);
   r->en = bigarr::newArr<int32_t>(entries + gEntries);
-  *r->ownsArrays = 1;
   std::copy(nxCoor, nxCoor + non, r->nxCoor);
   std::copy(nyCoor, nyCoor + non, r->nyCoor);
   std::copy(nt, nt + non, r->nt);

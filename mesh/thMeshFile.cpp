@@ -39,7 +39,6 @@ using VCppLib::VException;
 
 namespace {
 
-constexpr int32_t maxNodesPerElem = 50;
 const char* const tokenDelims = "\t ,;";
 
 // Formatted stream input of one token: leading white space skipped, what follows the number
@@ -85,18 +84,9 @@ using VCppLib::newArrayFrom;
 
 // Replaces the mesh's primary arrays (and Voronoi points) with those read.
 void install(thMesh2D& m, const MeshArrays& a) {
-  const bool owned = (*m.initFlag != 0) || (*m.ownsArrays != 0);
-  m.freeDerivedArrays();  // before the ownership changes: forgets what is not this group's
-  if (owned) {
-    delete[] m.nxCoor;
-    delete[] m.nyCoor;
-    delete[] m.nt;
-    delete[] m.nonpe;
-    delete[] m.en;
-    delete[] m.eVoronoiX;
-    delete[] m.eVoronoiY;
-  }
-  *m.ownsArrays = 1;
+  m.freeDerivedArrays();  // first: nxUTM may alias the nxCoor that goes
+  for (auto* p : {&m.nxCoor, &m.nyCoor, &m.eVoronoiX, &m.eVoronoiY}) m.shares.release(*p);
+  for (auto* p : {&m.nt, &m.nonpe, &m.en}) m.shares.release(*p);
   m.non = a.non;
   m.noe = a.noe;
   m.nxCoor = newArrayFrom(a.x);

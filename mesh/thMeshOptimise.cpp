@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "mesh/thBigArrays.h"
+#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "mesh/thMesh2D.h"
+#include "support/VMsg.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"
 
@@ -18,16 +19,12 @@ using VCppLib::VException;
 
 namespace {
 
-std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 using VCppLib::newArrayFrom;
 
-// A new heap mesh whose arrays are its own to free even if initMesh fails on them.
-std::unique_ptr<thMesh2D> newOwningMesh() {
-  auto m = std::make_unique<thMesh2D>();
-  *m->ownsArrays = 1;
-  return m;
-}
+// A new heap mesh; its arrays go with it, also when initMesh refuses them.
+std::unique_ptr<thMesh2D> newOwningMesh() { return std::make_unique<thMesh2D>(); }
 
 }  // namespace
 
@@ -81,9 +78,9 @@ namespace {
 // The polygon of one domain: along the ring from `startFace`, and along each section met.
 class DomainWalk {
  public:
-  DomainWalk(const thMesh2D& m, const std::vector<int32_t>& ring, const int32_t* const* sections, int32_t nSections,
+  DomainWalk(const thMesh2D& mesh, const std::vector<int32_t>& ring, const int32_t* const* sections, int32_t nSections,
              const int32_t* sectionLengths)
-      : m(m), R(ring), sec(sections), nSec(nSections), len(sectionLengths) {}
+      : m(mesh), R(ring), sec(sections), nSec(nSections), len(sectionLengths) {}
 
   // Fills `poly` with the nodes of the domain that begins at startFace/startNode, and moves
   // those two on to where the next domain begins: just past the first section met (a domain

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "mesh/thBigArrays.h"
+#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshUtil.h"
 #include "support/VGeom.h"
@@ -32,8 +32,8 @@ void thMesh2D::initVoronoi() {
     return;
   }
 
-  delete[] eVoronoiX;
-  delete[] eVoronoiY;
+  shares.release(eVoronoiX);
+  shares.release(eVoronoiY);
   eVoronoiX = bigarr::newArr<double>(noe);
   eVoronoiY = bigarr::newArr<double>(noe);
   const double rightAngle = std::atan(1.0) * 4.0 * 0.5;
@@ -73,8 +73,9 @@ void thMesh2D::initVoronoi() {
 }
 
 void thMesh2D::calcAnglesVF() {
-  if (anglesVF == nullptr || anglesVFCap < nivf) {
-    delete[] anglesVF;
+  // A copy that shares anglesVF gets its own, so that the others keep the angles of their points.
+  if (anglesVF == nullptr || anglesVFCap < nivf || shares.isShared(anglesVF)) {
+    shares.release(anglesVF);
     anglesVF = bigarr::newArr<double>(nivf > 0 ? nivf : 0);
     anglesVFCap = nivf;
   }

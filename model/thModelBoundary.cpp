@@ -146,19 +146,17 @@ void forEachOverlap(const thModelInfo& m, int32_t e, OverlapWork& w, Visit visit
 void thModelInfo::popHAC(bool asAreas) {
   if (layerType != sigma) throw VException("thModelInfo::popHAC only implemented for sigma layers.");
   const int32_t noe = mesh2d.noe;
+  cellTables();
   // Cell e*nol+l: every column must hold all layers, as the columns of a sigma grid do.
   if (!isInit || layerDepth == nullptr || elemBathy == nullptr || cellVol == nullptr || noe != allocElemRows ||
       static_cast<int64_t>(noe) * nol != cells)
     throw VException("thModelInfo::popHAC: the cells are not those of a sigma grid of " + VStr::toString(noe) +
                      " columns of " + VStr::toString(nol) + " layers (initCells, with every column reaching layer 0).");
-  ownCells();
   mesh2d.initElemNbrs();
-  delete[] hacNo;
-  delete[] hacIdx;
-  delete[] hacCell;
-  delete[] hacWeight;
-  hacCell = nullptr;
-  hacWeight = nullptr;
+  shares.release(hacNo);
+  shares.release(hacIdx);
+  shares.release(hacCell);
+  shares.release(hacWeight);
   hacNo = new int32_t[cells]();
   hacIdx = new int32_t[cells]();
   // Counted first, so that the lists are made at their length.
@@ -203,6 +201,7 @@ void thModelInfo::popHAC(bool asAreas) {
 }
 
 double* thModelInfo::cellDistances(int32_t cell) {
+  cellTables();
   if (!isInit || cellDepth == nullptr || mesh2d.noe != allocElemRows)
     throw VException("thModelInfo::cellDistances: the cells are not initialised for this mesh (initCells).");
   if (cell < 0 || cell >= cells)

@@ -142,6 +142,7 @@ void wetDryColumn(thModelInfo& m, int32_t e, double he, std::vector<int32_t>& we
 
 void thModelInfo::checkThicknessRows(const std::string& fn, const double* h) const {
   if (layerType != zlayer) throw VException("thModelInfo::updateDZ not implemented for current layerType.");
+  cellTables();
   if (!isInit || edz == nullptr || fdz == nullptr)
     throw VException("thModelInfo::" + fn + ": the cells are not initialised (initCells).");
   if (mesh2d.noe != allocElemRows || totNoUvf != allocFaceRows || mesh2d.nivf > totNoUvf ||
@@ -150,30 +151,12 @@ void thModelInfo::checkThicknessRows(const std::string& fn, const double* h) con
   if (h == nullptr) throw VException("thModelInfo::" + fn + ": the surface elevations (h) are missing.");
 }
 
-// A member-wise copy shares its arrays with the others of its group, and only the last of them
-// frees them: arrays added to one copy would be lost or freed twice. Such a copy first gets cells
-// of its own, rebuilt from its inputs (as z-layers, which is how sigma-marked cells were built).
-void thModelInfo::ownCells() {
-  if (shareCount == nullptr || *shareCount <= 1) return;
-  const int32_t type = layerType;
-  layerType = zlayer;
-  try {
-    initCells();
-  } catch (...) {
-    layerType = type;
-    throw;
-  }
-  layerType = type;
-}
-
 void thModelInfo::initWetDry() {
   if (!isInit) throw VException("thModelInfo: Cannot init wetdry before main init. " + thGlobal::errTail);
-  ownCells();
+  cellTables();
   const int32_t noe = allocElemRows;
-  delete[] edzInit;
-  edzInit = nullptr;
-  delete[] etliOld;
-  etliOld = nullptr;
+  shares.release(edzInit);
+  shares.release(etliOld);
   edzInit = new double[noe];
   etliOld = new int32_t[noe];
   for (int32_t e = 0; e < noe; e++) {
@@ -240,6 +223,7 @@ void thModelInfo::updateDZf(double* h, double* u, int32_t faceRule, bool swapBuf
 }
 
 void thModelInfo::updateTopCellVol() {
+  cellTables();
   if (!isInit || edz == nullptr || mesh2d.noe != allocElemRows || mesh2d.eArea == nullptr)
     throw VException("thModelInfo::updateTopCellVol: the cells are not initialised for this mesh (initCells).");
   for (int32_t e = 0; e < allocElemRows; e++) {

@@ -92,11 +92,14 @@ class thModelInfo {
   double topDepth = 0.0;          // depth of the upper edge of layer nol-1
   int32_t layerType = 0;          // a layerTypeEnum value
   bool wetDryOn = false;          // etliOld and edzInit exist
+  // initCells leaves the tables (see cellTables) to their first use. Not carried by copies.
+  bool deferTables = false;
 
-  // Bookkeeping of the arrays: the member-wise copies that share them (the last one frees), and
-  // the row counts of the thickness tables as allocated, so that they are freed right even after
-  // the mesh has changed.
-  int32_t* shareCount = nullptr;
+  // Bookkeeping of the arrays: the references by which this object keeps the arrays that it
+  // shares with its member-wise copies (each array goes with its last holder, see VArrayShare),
+  // and the row counts of the thickness tables as allocated, so that they are freed right even
+  // after the mesh has changed.
+  mutable VCppLib::VArrayShare shares;
   int32_t allocElemRows = 0;  // rows of edz, edzOld, edzc, evfbli
   int32_t allocCols = 0;      // entries of ebli, etli, botlayerIdx, toplayerIdx (noe+tnbe then)
   int32_t allocFaceRows = 0;  // rows of fdz, fdzOld, fdzc
@@ -104,9 +107,9 @@ class thModelInfo {
   thModelInfo();
   ~thModelInfo();
   // Member-wise copy: scalars, texts and the mesh (by the mesh's own, shallow copy) are copied;
-  // every other array is shared with the source. The last of the copies frees the arrays, the
-  // mesh's included. A copy that later rebuilds its cells or resets gets arrays of its own first,
-  // so that the others keep theirs. clone() is the deep copy.
+  // every other array is shared with the source. Each array is freed when the last copy holding
+  // it goes, the mesh's included, in any order. A copy that rebuilds its cells, resets or gets new
+  // inputs gets arrays of its own, and the others keep theirs. clone() is the deep copy.
   thModelInfo(const thModelInfo& other);
   thModelInfo& operator=(const thModelInfo& other);
 
@@ -120,6 +123,23 @@ class thModelInfo {
   // Throws "Sigma layers no longer supported." for sigma layers, and a sentence for a model
   // without layers, thicknesses or bathymetry, or a mesh that was not initialised.
   int32_t initCells();
+  // What initCells builds, and who needs it:
+  // - Always: layerDepth; by column ebli, etli, botlayerIdx, toplayerIdx; enol, the settled
+  //   elemBathy; the counts cells, totNoUvf, noUInner, noUBnd, totNoUPnts, bndNoCells,
+  //   totNoBndCells. This is all that the result file's reads need: items, layers, profiles, time
+  //   series, sections, painting, and the writers.
+  // - The tables: edz, edzOld, edzc; fbli, ftli, fUIdx, fLayerOff, fdz, fdzOld, fdzc; evfbli;
+  //   cell2elem, cell2layer, cellVol, cellDepth, cellTop, cellGroup, cellSeq. With deferTables
+  //   they stay null until cellTables() builds them, which the model's own members that read
+  //   them do first (thickness updates, wet/dry, toString, blowupReport, cellCoords,
+  //   cellDistances, popHAC, updateCellTop); other readers call it themselves.
+  // cellTables: builds the tables of an initialised model if they are missing (a no-op
+  // otherwise), from the columns as initCells left them.
+  void cellTables() const;
+  // The centre depths of the computational cells (cellDepth) into the caller's `cells` values,
+  // from the columns alone: for readers that need the depths and none of the tables. Entries that
+  // no column addresses (dropped bottom cells) are left as they are.
+  void fillCellDepths(double* depth) const;
   // A new heap object owned by the caller, with its own dz, elemBathy and enol, initialised.
   thModelInfo* clone() const;
   // Every element gets the depth; nolNew > 0 also replaces the stack by nolNew equal layers of
@@ -182,8 +202,8 @@ class thModelInfo {
   void updateTopCellVol();
   // Refuses (layer type, cells, mesh changed since initCells, h missing) before anything changes.
   void checkThicknessRows(const std::string& fn, const double* h) const;
-  // A member-wise copy gets cells of its own before arrays are added to it.
-  void ownCells();
+  // Nothing to do any more: arrays added to a member-wise copy are its own (VArrayShare).
+  void ownCells() {}
 
   // Boundaries and adjacent cells (model/thModelBoundary.cpp).
   // A new model, owned by the caller, of the strip of quadrilaterals along open boundary index
@@ -223,21 +243,33 @@ class thModelInfo {
   std::vector<int64_t> timeList2DT(std::string s) const;
   void setStartDT(std::string s);
 
-  // Array ownership, for the operations that replace arrays (call unshare(true) first on an
-  // object that may be a member-wise copy).
-  // Frees (free = true) or only forgets (free = false) the arrays that initCells derives, the
-  // wet/dry arrays and the adjacency lists.
+  // Array ownership, for the operations that replace arrays. Arrays are replaced through
+  // `shares` (release), never deleted directly, since member-wise copies may hold them.
+  // Lets go of (free = true: freed where no copy holds them) or only forgets (free = false) the
+  // arrays that initCells derives, the wet/dry arrays and the adjacency lists.
   void releaseDerived(bool free);
   // The same for dz, elemBathy and enol.
   void releaseInputs(bool free);
-  // Leaves the group of member-wise copies: keepInputs gives this object its own dz, elemBathy
-  // and enol; all other shared arrays are forgotten, as the group keeps them.
+  // Before dz, elemBathy and enol change in place: keepInputs gives this object its own copies
+  // of those that a member-wise copy shares; otherwise it lets go of them.
   void unshare(bool keepInputs);
-  // Gives up this object's share of the arrays, freeing them when it is the last.
-  void releaseShare();
+  // Puts every array of the fields into `shares`, so that a copy can take them along.
+  void holdArrays() const;
   void copyFields(const thModelInfo& o);
   void fillCellTop();        // step of initCells and updateCellTop, without checks
-  void letGoOfSharedMesh();  // a mesh that another member-wise copy still holds is left to it
+  // Steps of initCells (model/thModelCells.cpp).
+  void makeLayerDepths();
+  void placeColumns();
+  void settleBottom(int32_t e);
+  double bottomThickness(int32_t e) const;
+  void countUPoints();
+  int32_t faceBottom(int32_t f) const;
+  void countBoundaryCells();
+  void buildTables();
+  void buildElemRows(const double* dzCentre);
+  void buildFaceRows(const double* dzCentre);
+  void buildCellArrays();
+  void placeGhostCells(int32_t allCells);
 };
 
 }  // namespace thalmod

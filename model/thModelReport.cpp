@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "model/thModelInfo.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -13,12 +14,8 @@ using VCppLib::VException;
 
 namespace {
 
-// Numbers as text at the stream's default precision. A name of its own, as the member toString
-// (the report) would hide the support library's inside the members.
-template <typename T>
-std::string str(const T& v) {
-  return VCppLib::VStr::toString(v);
-}
+// The member toString (the report) would hide a plain toString inside the members.
+using VCppLib::str;
 
 template <typename T>
 std::string join(const T* values, int32_t count, const std::string& delimiter) {
@@ -94,6 +91,7 @@ std::string thModelInfo::toString(int32_t level) const {
   s += "Mesh extendX: (" + str(m.xMin) + "," + str(m.xMax) + ")" + nl;
   s += "Mesh extendY: (" + str(m.yMin) + "," + str(m.yMax) + ")" + nl;
   if (cells >= 1) {
+    cellTables();  // the volumes
     const Extremes v(cellVol, cells, 1e37);
     s += "No. Computational cells: " + str(cells) + nl;
     s += "Total mesh volume: " + str(v.sum) + nl;
@@ -128,6 +126,7 @@ std::string thModelInfo::toString(int32_t level) const {
 }
 
 std::string thModelInfo::blowupReport(int32_t cell) const {
+  cellTables();
   if (!isInit || cell2elem == nullptr || mesh2d.noe != allocElemRows)
     throw VException("thModelInfo::blowupReport: the cells are not initialised for this mesh (initCells).");
   // Ghost cells have no depth or layer count of their own: only computational cells are reported.

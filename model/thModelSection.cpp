@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
+#include "support/VMsg.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"
 
@@ -16,7 +17,7 @@ using VCppLib::VException;
 
 namespace {
 
-std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 using VCppLib::newArrayFrom;
 
@@ -107,7 +108,6 @@ void sigmaSection(const thModelInfo& mi, const int32_t* ise, const double* isd, 
 
 thMesh2D* thModelInfo::ise2VMesh(const int32_t* ise, const double* isd, int32_t n, const double* ish) const {
   auto m = std::make_unique<thMesh2D>();
-  *m->ownsArrays = 1;  // the arrays are this mesh's to free, even if initMesh refuses them
   if (layerType != zlayer && layerType != sigma) throw VException("ise2VMesh: Not implemented.");
   // A stretch outside the mesh is -1; any other element number must have a column.
   if (n < 0 || (n > 0 && (ise == nullptr || isd == nullptr)))

@@ -83,9 +83,9 @@ void thModelInfo::installBathy(std::vector<double>& depth, std::vector<int32_t>&
   unshare(true);
   std::unique_ptr<double[]> newDepth(newCopy(depth));
   int32_t* newLayers = layers.empty() ? nullptr : newCopy(layers);
-  delete[] enol;
+  shares.release(enol);
   enol = newLayers;
-  delete[] elemBathy;
+  shares.release(elemBathy);
   elemBathy = newDepth.release();
 }
 
@@ -123,13 +123,12 @@ int32_t thModelInfo::initModel(std::string layerList, std::string meshFile, std:
 
   unshare(false);  // the copies that shared the arrays keep them
   releaseDerived(true);
-  letGoOfSharedMesh();
   std::swap(mesh2d, fresh);  // the old mesh goes with the temporary of the swap
   installBathy(b.depth, b.layers);
   bathymetry = bathy;
   layerThickness = layerList;
   topDepth = top;
-  delete[] dz;
+  shares.release(dz);
   dz = newCopy(layers);
   nol = nolNew;
   return initCells();

@@ -8,6 +8,7 @@
 #include "netcdf/VNetCdf.h"
 
 #include <netcdf.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -16,15 +17,12 @@
 #include <memory>
 
 #include "netcdf/VNetCdfClassicCheck.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace VCppLib {
 
 namespace {
-
-std::string unsupportedType(int32_t type) {
-  return "Unsupported nc type: " + VStr::toString<int>(type);
-}
 
 // Product of 32-bit lengths in 32-bit arithmetic that wraps instead of overflowing.
 int32_t wrappedProduct(int32_t a, int32_t b) {
@@ -41,7 +39,7 @@ int readAttNumeric(int ncid, int varid, const char* name, nc_type type, void* ou
     case NC_INT: return nc_get_att_int(ncid, varid, name, static_cast<int*>(out));
     // a byte attribute is read unsigned
     case NC_BYTE: return nc_get_att_ubyte(ncid, varid, name, static_cast<unsigned char*>(out));
-    default: throw VException(unsupportedType(type));
+    default: throw VException(VNetCdf::unsupportedTypeMessage(type));
   }
 }
 
@@ -62,6 +60,8 @@ double firstAsDouble(const void* block, nc_type type) {
 
 }  // namespace
 
+std::string VNetCdf::unsupportedTypeMessage(int32_t type) { return msg("Unsupported nc type: ", type); }
+
 // ---------------------------------------------------------------- construction and end
 
 VNetCdf::VNetCdf(std::string name, bool create) : fileName(name) {
@@ -75,6 +75,8 @@ VNetCdf::VNetCdf(std::string name, bool create) : fileName(name) {
     std::fclose(f);
     // a damaged classic header can make the library overrun buffers or crash: refuse it first
     int rc = classicHeaderStatus(name);
+    if (rc == classicCutOff)
+      throw VException("The NetCDF file '" + name + "' is cut off: its header places data beyond its end.");
     if (rc != NC_NOERR) throw VException(nc_strerror(rc));
     rc = nc_open(name.c_str(), NC_NOWRITE, &id);
     if (rc != NC_NOERR) throw VException(nc_strerror(rc));
@@ -326,7 +328,7 @@ nc_type inqNumericAtt(int ncid, int varid, const std::string& name, size_t& len,
   if (status < 0) throw VException(nc_strerror(status));
   if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT &&
       type != NC_BYTE)
-    throw VException(unsupportedType(type));
+    throw VException(VNetCdf::unsupportedTypeMessage(type));
   return type;
 }
 }  // namespace
@@ -418,6 +420,36 @@ int64_t VNetCdf::trueVarLen(int32_t varid, bool skipRecordDim, const char* fn) {
   return n;
 }
 
+void VNetCdf::checkVarFitsFile(int32_t varid, const char* fn) {
+  checkVarId(varid, fn);
+  struct stat st;
+  if (stat(fileName.c_str(), &st) != 0) return;  // nothing to measure by; the reads will tell
+  // A classic file stores each value as it is; a NetCDF-4 file deflates its chunks, and deflate
+  // packs at most 1032 bytes into one. A chunk never written is not stored at all, but such a
+  // variable holds nothing to read either.
+  int format = 0;
+  nc_inq_format(ncid, &format);
+  const bool packed = format == NC_FORMAT_NETCDF4 || format == NC_FORMAT_NETCDF4_CLASSIC;
+  const long double room = static_cast<long double>(st.st_size) * (packed ? 1032 : 1);
+  int nd = 0;
+  int dimIds[NC_MAX_VAR_DIMS];
+  if (nc_inq_varndims(ncid, varid, &nd) != NC_NOERR || nd < 0 || nd > NC_MAX_VAR_DIMS ||
+      nc_inq_vardimid(ncid, varid, dimIds) != NC_NOERR)
+    return;  // the read itself reports what is wrong
+  long double values = 1;
+  for (int i = 0; i < nd; ++i) {
+    size_t len = 0;
+    nc_inq_dimlen(ncid, dimIds[i], &len);
+    values *= static_cast<long double>(len);
+  }
+  const int32_t typeSize = std::max(ncTypeSize(varTypes[varid]), 1);
+  if (values * typeSize > room)
+    throw VException(msg("VNetCdf::", fn, ": variable '", varNames[varid], "' in '", fileName, "' declares ",
+                         fullPrecision{static_cast<double>(values)}, " values of ", typeSize,
+                         " bytes, more than the file's ", static_cast<int64_t>(st.st_size),
+                         " bytes can hold."));
+}
+
 int32_t VNetCdf::rawBlockInfo(int32_t varid, int32_t& typeSize) {
   int64_t n = trueVarLen(varid, false, "getVarRaw");
   typeSize = getTypeSize(varTypes[varid]);
@@ -436,7 +468,7 @@ void VNetCdf::readVarRawInto(int32_t varid, void* block, int32_t typeSize, int32
     case NC_SHORT: nc_get_var_short(ncid, varid, static_cast<short*>(block)); break;
     case NC_INT: nc_get_var_int(ncid, varid, static_cast<int*>(block)); break;
     case NC_INT64: nc_get_var_long(ncid, varid, static_cast<long*>(block)); break;
-    default: throw VException(unsupportedType(type));
+    default: throw VException(VNetCdf::unsupportedTypeMessage(type));
   }
   // with tables present the block is transformed as 32-bit words, whatever was stored
   int32_t* words = static_cast<int32_t*>(block);

@@ -82,6 +82,8 @@ class VNetCdf {
   static void freeRaw(void* block) { delete[] static_cast<char*>(block); }
 
   static int32_t ncTypeSize(int32_t type);
+  // The message of a type the class does not read or write: "Unsupported nc type: N".
+  static std::string unsupportedTypeMessage(int32_t type);
   int32_t getTypeSize(int32_t type);
   int32_t getVarLen(int32_t varid, bool skipRecordDim);
 
@@ -113,6 +115,9 @@ class VNetCdf {
   bool isBandGrid();
   std::vector<int64_t> getTimeVarValues(int32_t timeVar, std::string units);
   VCartGrid getGrid(int32_t xVar, int32_t yVar, int32_t zVar);
+  // Raises when the file's size cannot hold the values that its header declares for the variable
+  // (a damaged header), before a read sized by that declaration allocates; `fn` names the caller.
+  void checkVarFitsFile(int32_t varid, const char* fn);
 
   // ---- writing (files made with create = true) and copying
   int32_t defDim(std::string name, int32_t len);  // len < 0: the unlimited dimension

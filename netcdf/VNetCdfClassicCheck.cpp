@@ -8,7 +8,10 @@
 //   attribute = name, type (4 bytes), N values of the type, padded to a multiple of 4
 //   variable  = name, N dimension ids (each N-sized), attribute list, type (4 bytes),
 //               vsize (N), begin (4 bytes in CDF-1, else 8)
-// The data follow the header; only the header is looked at here.
+// The data follow the header. Non-record variables lie at their begin; the records follow one
+// another, each holding one record of every record variable (padded to 4 bytes unless there is only
+// one record variable), so the data of a record variable end at
+// begin + (numrecs - 1) * (record size) + (its bytes per record).
 
 #include "netcdf/VNetCdfClassicCheck.h"
 
@@ -17,6 +20,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <vector>
 
 namespace VCppLib {
 
@@ -25,7 +29,7 @@ namespace {
 // Sequential big-endian reading that never passes the end of the file.
 class HeaderReader {
  public:
-  HeaderReader(const std::string& path, uint64_t size) : in(path, std::ios::binary), size(size) {}
+  HeaderReader(const std::string& path, uint64_t bytes) : in(path, std::ios::binary), size(bytes) {}
   bool ok() const { return good; }
 
   uint64_t uint(int bytes) {
@@ -43,6 +47,7 @@ class HeaderReader {
     if (!in) fail();
   }
   uint64_t left() const { return size - pos; }
+  uint64_t fileSize() const { return size; }
 
  private:
   std::ifstream in;
@@ -62,6 +67,40 @@ class HeaderReader {
 };
 
 uint64_t padded(uint64_t n) { return (n + 3) / 4 * 4; }
+
+// a * b and a + b that stop at the largest value instead of wrapping: enough to compare with a size
+uint64_t satMul(uint64_t a, uint64_t b) {
+  uint64_t r = 0;
+  return __builtin_mul_overflow(a, b, &r) ? UINT64_MAX : r;
+}
+uint64_t satAdd(uint64_t a, uint64_t b) {
+  uint64_t r = 0;
+  return __builtin_add_overflow(a, b, &r) ? UINT64_MAX : r;
+}
+
+// Where the data of a variable lie, from its header entry.
+struct VarExtent {
+  bool record = false;
+  uint64_t bytes = 0;  // of the whole variable, or of one record of a record variable
+  uint64_t begin = 0;
+};
+
+// NC_NOERR when every variable's data end within the file, classicCutOff otherwise. A streaming
+// file (numrecs all ones) has no record count to go by; its records are not looked at.
+int dataStatus(const std::vector<VarExtent>& vars, uint64_t numrecs, bool streaming, uint64_t size) {
+  uint64_t recSize = 0;
+  int64_t records = 0;
+  for (const VarExtent& v : vars) records += v.record;
+  for (const VarExtent& v : vars)
+    if (v.record) recSize = satAdd(recSize, records == 1 ? v.bytes : padded(v.bytes));
+  for (const VarExtent& v : vars) {
+    if (v.record && (streaming || numrecs == 0 || v.bytes == 0)) continue;
+    uint64_t end = satAdd(v.begin, v.bytes);
+    if (v.record) end = satAdd(end, satMul(numrecs - 1, recSize));
+    if (end > size) return classicCutOff;
+  }
+  return NC_NOERR;
+}
 
 int typeSize(uint64_t type, bool cdf5) {
   switch (type) {
@@ -131,34 +170,47 @@ int classicHeaderStatus(const std::string& path) {
     return NC_NOERR;  // not a classic file: the library judges it
   const bool cdf5 = version == 5;
   Header h{r, cdf5 ? 8 : 4};
-  r.uint(h.n);  // numrecs, any value (streaming files carry all ones)
+  const uint64_t numrecs = r.uint(h.n);  // any value (streaming files carry all ones)
+  const bool streaming = numrecs == (cdf5 ? UINT64_MAX : 0xFFFFFFFFull);
 
   uint64_t ndims = 0;
   if (!h.list(Header::NC_DIMENSION_TAG, ndims)) return h.status;
+  std::vector<uint64_t> dimLens;
   for (uint64_t d = 0; d < ndims; ++d) {
     if (!h.name()) return h.status;
-    r.uint(h.n);  // length; 0 marks the record dimension
+    dimLens.push_back(r.uint(h.n));  // length; 0 marks the record dimension
   }
   if (!r.ok()) return NC_ENOTNC;
   if (!h.attributes()) return h.status;
 
   uint64_t nvars = 0;
   if (!h.list(Header::NC_VARIABLE_TAG, nvars)) return h.status;
+  std::vector<VarExtent> vars;
   for (uint64_t v = 0; v < nvars; ++v) {
     if (!h.name()) return h.status;
     uint64_t nd = r.uint(h.n);
     if (!r.ok()) return NC_ENOTNC;
     if (nd > NC_MAX_VAR_DIMS) return NC_EMAXDIMS;
-    for (uint64_t i = 0; i < nd; ++i)
-      if (r.uint(h.n) >= ndims && r.ok()) return NC_EBADDIM;
-    if (!r.ok()) return NC_ENOTNC;
+    VarExtent e;
+    e.bytes = 1;
+    for (uint64_t i = 0; i < nd; ++i) {
+      uint64_t dim = r.uint(h.n);
+      if (dim >= ndims && r.ok()) return NC_EBADDIM;
+      if (!r.ok()) return NC_ENOTNC;
+      // only the first dimension can be the record dimension
+      if (dimLens[dim] == 0 && i == 0) e.record = true;
+      else e.bytes = satMul(e.bytes, dimLens[dim]);
+    }
     if (!h.attributes()) return h.status;
-    if (typeSize(r.uint(4), cdf5) == 0 && r.ok()) return NC_EBADTYPE;
-    r.uint(h.n);                // vsize
-    r.uint(version == 1 ? 4 : 8);  // begin
+    const int size = typeSize(r.uint(4), cdf5);
+    if (size == 0 && r.ok()) return NC_EBADTYPE;
+    e.bytes = satMul(e.bytes, static_cast<uint64_t>(size));
+    r.uint(h.n);  // vsize, which cannot tell sizes beyond 4 GB: the size is worked out above
+    e.begin = r.uint(version == 1 ? 4 : 8);
     if (!r.ok()) return NC_ENOTNC;
+    vars.push_back(e);
   }
-  return NC_NOERR;
+  return dataStatus(vars, numrecs, streaming, r.fileSize());
 }
 
 }  // namespace VCppLib

@@ -113,6 +113,7 @@ VCartGrid VNetCdf::getGrid(int32_t xVar, int32_t yVar, int32_t zVar) {
     if (len != (v == xVar ? grid.nx : grid.ny))
       throw VException("VNetCdf::getGrid: coordinate variable '" + varNames[v] + "' in '" +
                        fileName + "' has not the length that the file's header gives.");
+    checkVarFitsFile(v, "getGrid");  // before the axes are allocated at their declared lengths
   }
   std::vector<double> x(static_cast<size_t>(grid.nx)), y(static_cast<size_t>(grid.ny));
   double* px = x.data();
@@ -128,6 +129,7 @@ VCartGrid VNetCdf::getGrid(int32_t xVar, int32_t yVar, int32_t zVar) {
   checkVarId(zVar, "getGrid");
   if (varNdims[zVar] != 1) throw VException("Invalid number of dimenstions for given z variable");
   int64_t nz = trueVarLen(zVar, false, "getGrid");
+  checkVarFitsFile(zVar, "getGrid");
   grid.nz = getVarLen(zVar, false);
   if (nz != grid.nz)
     throw VException("VNetCdf::getGrid: the z variable '" + varNames[zVar] + "' in '" + fileName +

@@ -25,10 +25,6 @@ namespace {
 
 constexpr int maxVarDims = NC_MAX_VAR_DIMS;
 
-std::string unsupportedType(int32_t type) {
-  return "Unsupported nc type: " + VStr::toString<int>(type);
-}
-
 bool isReadableType(int32_t type) {
   return type == NC_FLOAT || type == NC_DOUBLE || type == NC_SHORT || type == NC_INT;
 }
@@ -147,7 +143,7 @@ template <typename T>
 int32_t VNetCdf::getData(int32_t varid, T*& data, size_t* start, size_t* count) {
   checkVarId(varid, "getData");
   int32_t type = varTypes[varid];
-  if (!isReadableType(type)) throw VException(unsupportedType(type));
+  if (!isReadableType(type)) throw VException(VNetCdf::unsupportedTypeMessage(type));
   int rc = ncGetVara(ncid, varid, start, count, data);
   // a failed read leaves the caller's array as it was, untransformed
   if (rc == NC_NOERR || rc == NC_ERANGE)
@@ -184,7 +180,7 @@ void VNetCdf::getDataIntoGivenType(int32_t varid, T*& data, size_t* start, size_
     case NC_SHORT: convert(static_cast<short*>(nullptr)); break;
     case NC_INT: convert(static_cast<int*>(nullptr)); break;
     case NC_INT64: convert(static_cast<long*>(nullptr)); break;
-    default: throw VException(unsupportedType(type));
+    default: throw VException(VNetCdf::unsupportedTypeMessage(type));
   }
 }
 
@@ -220,7 +216,7 @@ void VNetCdf::getTimestepData(int32_t varid, int32_t t, T*& data) {
 void* VNetCdf::getTimestepRaw(int32_t varid, int32_t t) {
   int64_t n = trueVarLen(varid, true, "getTimestepRaw");
   int32_t type = varTypes[varid];
-  if (!isReadableType(type)) throw VException(unsupportedType(type));
+  if (!isReadableType(type)) throw VException(VNetCdf::unsupportedTypeMessage(type));
   int32_t s = getTypeSize(type);
   size_t* start = nullptr;
   size_t* count = nullptr;

@@ -21,10 +21,6 @@ namespace VCppLib {
 
 namespace {
 
-std::string unsupportedType(int32_t type) {
-  return "Unsupported nc type: " + VStr::toString<int>(type);
-}
-
 // Bytes that a whole-variable write of `varid` takes from the caller's block, from the library's
 // present lengths; -1 when the library does not know the variable.
 int64_t writeBytes(int ncid, int varid) {
@@ -97,7 +93,7 @@ int32_t VNetCdf::putVar(int32_t varid, void* data) {
     case NC_SHORT: return nc_put_var_short(ncid, varid, static_cast<const short*>(data));
     case NC_INT: return nc_put_var_int(ncid, varid, static_cast<const int*>(data));
     case NC_INT64: return nc_put_var_long(ncid, varid, static_cast<const long*>(data));
-    default: throw VException(unsupportedType(type));
+    default: throw VException(VNetCdf::unsupportedTypeMessage(type));
   }
 }
 
@@ -125,7 +121,7 @@ int32_t VNetCdf::putTimestepData(int32_t varid, int32_t t, void* data) {
     case NC_SHORT: return nc_put_vara_short(ncid, varid, s, c, static_cast<const short*>(data));
     case NC_INT: return nc_put_vara_int(ncid, varid, s, c, static_cast<const int*>(data));
     case NC_INT64: return nc_put_vara_long(ncid, varid, s, c, static_cast<const long*>(data));
-    default: throw VException(unsupportedType(type));
+    default: throw VException(VNetCdf::unsupportedTypeMessage(type));
   }
 }
 

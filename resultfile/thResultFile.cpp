@@ -60,10 +60,10 @@ void backupOrRemoveFile(std::string filename, bool backup) {
 
 // ---------------------------------------------------------------- construction and end
 
-thResultFile::thResultFile(std::string filename, int32_t format) : format(format), filename(filename) {
+thResultFile::thResultFile(std::string fileName, int32_t fmt) : format(fmt), filename(fileName) {
   std::memset(textBuf, 0, sizeof textBuf);
   try {
-    if (format == -1) this->format = getFormatFromFile(filename);
+    if (fmt == -1) format = getFormatFromFile(filename);
     versionCutoffDT = VCppLib::VDT::strDT2longDT("2012-06-01");
     // A missing file is no error: the object then waits to be written, or for a name to be set.
     if (VCppLib::fileExists(this->filename)) readHeader();
@@ -73,8 +73,8 @@ thResultFile::thResultFile(std::string filename, int32_t format) : format(format
   }
 }
 
-thResultFile::thResultFile(std::string filename, fileFmtEnum format)
-    : thResultFile(filename, static_cast<int32_t>(format)) {}
+thResultFile::thResultFile(std::string fileName, fileFmtEnum fmt)
+    : thResultFile(fileName, static_cast<int32_t>(fmt)) {}
 
 thResultFile::~thResultFile() { release(); }
 
@@ -97,11 +97,11 @@ void thResultFile::release() {
 
 // ---------------------------------------------------------------- format and header
 
-fileFmtEnum thResultFile::getFormatFromFile(std::string filename) {
-  if (!VCppLib::fileExists(filename)) return static_cast<fileFmtEnum>(-1);
-  size_t dot = filename.rfind('.');
+fileFmtEnum thResultFile::getFormatFromFile(std::string name) {
+  if (!VCppLib::fileExists(name)) return static_cast<fileFmtEnum>(-1);
+  size_t dot = name.rfind('.');
   // a name without "." is taken whole, and so fails unless it is a format's text itself
-  std::string ext = dot == std::string::npos ? filename : filename.substr(dot + 1);
+  std::string ext = dot == std::string::npos ? name : name.substr(dot + 1);
   return str2fileFmtEnum(ext);
 }
 
@@ -125,6 +125,19 @@ int32_t thResultFile::readHeader() {
   itemReadLen = static_cast<int32_t>(itemNameVec.size());
   itemRead = new uint8_t[itemReadLen > 0 ? itemReadLen : 1]();
   return result;
+}
+
+int32_t thResultFile::readHeaderLight() {
+  const bool defer = mInfo.deferTables;
+  mInfo.deferTables = true;
+  try {
+    const int32_t result = readHeader();
+    mInfo.deferTables = defer;
+    return result;
+  } catch (...) {
+    mInfo.deferTables = defer;
+    throw;
+  }
 }
 
 // ---------------------------------------------------------------- physical files

@@ -127,6 +127,11 @@ class thResultFile {
   // ---- object, dispatch and file names
   // -1 when the file cannot be opened; 0, or for MESH the result of readMeshFromFile.
   int32_t readHeader();
+  // The light open: readHeader without the model's thickness and per-cell tables, which
+  // mInfo.cellTables() builds on first use (thModelInfo.h says which members need them). Items,
+  // layers, profiles, time series, sections and painting need none of them; the public fields
+  // are the same as after readHeader once the tables are built.
+  int32_t readHeaderLight();
   // -1 when the file cannot be opened; otherwise the format of the name's extension.
   fileFmtEnum getFormatFromFile(std::string filename);
   std::string getFileName();  // name of physical file fileNo

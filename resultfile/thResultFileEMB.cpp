@@ -39,6 +39,7 @@
 
 #include "resultfile/thLayerPick.h"
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -51,7 +52,7 @@ namespace VStr = VCppLib::VStr;
 
 namespace {
 
-std::string str(int64_t v) { return VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 // Offset of the field nt in the header of a file of this version.
 int64_t ntOffset(int32_t version) {
@@ -80,7 +81,8 @@ int64_t readAt(FILE* f, int64_t pos, float* out, int64_t n) {
 // truncated or damaged file is reported instead of read past its end.
 class headerReader {
  public:
-  explicit headerReader(const std::string& name) : name(name), f(openRead(name, "readHeader")) {
+  explicit headerReader(const std::string& fileName)
+      : name(fileName), f(openRead(fileName, "readHeader")) {
     fseeko(f.get(), 0, SEEK_END);
     size = ftello(f.get());
     fseeko(f.get(), 0, SEEK_SET);

@@ -8,6 +8,7 @@
 #include "interp/VDraw.h"
 #include "resultfile/thLayerPick.h"
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -17,7 +18,7 @@ namespace VStr = VCppLib::VStr;
 
 namespace {
 
-std::string str(int64_t v) { return VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 }  // namespace
 

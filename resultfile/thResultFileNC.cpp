@@ -26,9 +26,11 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "mesh/thBigArrays.h"
+#include "support/thBigArrays.h"
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -39,7 +41,7 @@ namespace VStr = VCppLib::VStr;
 
 namespace {
 
-std::string str(int64_t v) { return VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 const char* typeName(int32_t type) {
   switch (type) {
@@ -55,7 +57,7 @@ const char* typeName(int32_t type) {
 // instead of being read out of bounds later.
 class ncSchema {
  public:
-  ncSchema(VNetCdf& f, const std::string& name) : f(f), name(name) {}
+  ncSchema(VNetCdf& file, const std::string& fileName) : f(file), name(fileName) {}
 
   [[noreturn]] void fail(const std::string& why) const {
     throw VException("thResultFile::readHeader: '" + name + "' is not a result file: " + why + ".");
@@ -79,7 +81,18 @@ class ncSchema {
       fail("the variable '" + var + "' is of " + typeName(f.varTypes[v]) + ", not of " + typeName(type));
     if (f.varNdims[v] != 1 || f.varDimIds[v][0] != f.getDimId(dim))
       fail("the variable '" + var + "' is not laid out along the dimension '" + dim + "'");
+    fitsFile(v);
     return v;
+  }
+
+  // A damaged header may declare far more values than the file holds (50 million timesteps in
+  // 2 KB, which a series would then read one by one): such a file is refused, not read at that length.
+  void fitsFile(int32_t v) {
+    try {
+      f.checkVarFitsFile(v, "readHeader");
+    } catch (const VException&) {
+      fail("the variable '" + f.varNames[v] + "' declares more values than the file's size can hold");
+    }
   }
 
   template <typename T>
@@ -91,14 +104,16 @@ class ncSchema {
 
   // The whole of a one-dimensional variable of T's own type and `len` values, into an array of
   // that length; the whole-variable read above would make and clear a block four times as large.
-  // The array is cleared first, so that a failed read leaves zeros as that read does.
+  // A failed read leaves zeros, as that read does; a good one writes each entry once.
   template <typename T>
   std::unique_ptr<T[]> readExact(int32_t varid, int32_t len) {
-    std::unique_ptr<T[]> data(thalmod::bigarr::newZeroArr<T>(len));
+    std::unique_ptr<T[]> data(thalmod::bigarr::newArr<T>(len));
     size_t start[1] = {0};
     size_t count[1] = {static_cast<size_t>(std::max(len, 0))};
     T* p = data.get();
-    if (len > 0) f.getData<T>(varid, p, start, count);
+    if (len <= 0) return data;
+    const int32_t rc = f.getData<T>(varid, p, start, count);
+    if (rc != NC_NOERR && rc != NC_ERANGE) std::fill(p, p + len, T());
     return data;
   }
 
@@ -137,6 +152,141 @@ bool validNodeType(int32_t t) {
   return a >= 1 && a <= 98 && b >= 1 && b <= 98;
 }
 
+// The header of a file as read, checked before any of it is handed to the model, so that a bad
+// file leaves nothing half-owned behind.
+struct ncHeader {
+  int32_t nt = 0, non = 0, noe = 0, nol = 0, nevf = 0;
+  int64_t timeFirst = 0, timeLast = 0;
+  std::string projection;
+  std::unique_ptr<double[]> bathy, dz, x, y, vorX, vorY;
+  std::unique_ptr<int32_t[]> enol, types, nonpe, conn;
+  std::vector<int32_t> itemVars, itemLens;  // variable and length of each item
+};
+
+// The global attributes. A missing integer attribute leaves its field as it is, as "topDepth" does.
+void readAttributes(VNetCdf& f, thResultFile& rf, ncHeader& h) {
+  auto intAtt = [&f](const char* att, int32_t& field) {
+    if (f.hasAtt(att, NC_GLOBAL)) field = f.getGlobalAttInt(att);
+  };
+  intAtt("version", rf.fileVersion);
+  intAtt("layerType", rf.mInfo.layerType);
+  intAtt("flavor", rf.mInfo.flavor);
+  if (f.hasAtt("topDepth", NC_GLOBAL)) rf.mInfo.topDepth = f.getGlobalAttDouble("topDepth");
+  intAtt("modeltype", rf.mInfo.modelType);
+  h.projection = f.getAttStr("projection", NC_GLOBAL);
+}
+
+void readDims(ncSchema& s, ncHeader& h) {
+  h.nt = s.dimLen("time");
+  h.non = s.dimLen("nodes");
+  h.noe = s.dimLen("elems");
+  h.nol = s.dimLen("layers");
+  h.nevf = s.dimLen("totNoElemNodes");
+  if (h.noe < 1 || h.non < 1) s.fail("the mesh has no elements");
+  if (h.nol < 1) s.fail("the model has no layers");
+}
+
+// The items: the last nItem variables, each a number record over one more dimension.
+void findItems(ncSchema& s, VNetCdf& f, ncHeader& h) {
+  if (!f.hasAtt("nItem", NC_GLOBAL)) s.fail("the attribute 'nItem' is missing");
+  const int32_t nItem = f.getGlobalAttInt("nItem");
+  if (nItem < 0 || nItem > f.nvars)
+    s.fail("'nItem' is " + str(nItem) + " but the file has " + str(f.nvars) + " variables");
+  const int32_t timeDim = f.getDimId("time");
+  for (int32_t i = 0; i < nItem; ++i) {
+    const int32_t v = f.nvars - nItem + i, type = f.varTypes[v];
+    if (f.varNdims[v] != 2 || f.varDimIds[v][0] != timeDim)
+      s.fail("the item variable '" + f.varNames[v] + "' is not laid out along (time, values)");
+    if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT)
+      s.fail("the item variable '" + f.varNames[v] + "' is of " + typeName(type) +
+             ", not of a number type that items are read as");
+    s.fitsFile(v);
+    h.itemVars.push_back(v);
+    h.itemLens.push_back(f.dimLen[f.varDimIds[v][1]]);
+  }
+}
+
+// The model's arrays. Only the ends of the time axis count (the timesteps are taken to be
+// equidistant), so only they are read: a damaged header may claim far more timesteps than the
+// file holds.
+void readArrays(ncSchema& s, ncHeader& h) {
+  const int32_t vTime = s.var("time", NC_INT64, "time");
+  const int32_t vBathy = s.var("elemBathy", NC_DOUBLE, "elems");
+  const int32_t vLayers = s.var("elemlayers", NC_INT, "elems", false);
+  const int32_t vDz = s.var("layerThickness", NC_DOUBLE, "layers");
+  const int32_t vX = s.var("nodeXCoor", NC_DOUBLE, "nodes");
+  const int32_t vY = s.var("nodeYCoor", NC_DOUBLE, "nodes");
+  const int32_t vType = s.var("nodeType", NC_INT, "nodes");
+  const int32_t vVorX = s.var("voronoiX", NC_DOUBLE, "elems");
+  const int32_t vVorY = s.var("voronoiY", NC_DOUBLE, "elems");
+  const int32_t vNonpe = s.var("noElemNodes", NC_INT, "elems");
+  const int32_t vConn = s.var("connectivity", NC_INT, "totNoElemNodes");
+  h.timeFirst = h.nt > 0 ? s.readInt64At(vTime, 0) : 0;
+  h.timeLast = h.nt > 1 ? s.readInt64At(vTime, h.nt - 1) : h.timeFirst;
+  h.bathy = s.readExact<double>(vBathy, h.noe);
+  if (vLayers >= 0) h.enol = s.readExact<int32_t>(vLayers, h.noe);
+  h.dz = s.read<double>(vDz);
+  h.x = s.readExact<double>(vX, h.non);
+  h.y = s.readExact<double>(vY, h.non);
+  h.types = s.readExact<int32_t>(vType, h.non);
+  h.vorX = s.readExact<double>(vVorX, h.noe);
+  h.vorY = s.readExact<double>(vVorY, h.noe);
+  h.nonpe = s.readExact<int32_t>(vNonpe, h.noe);
+  h.conn = s.readExact<int32_t>(vConn, h.nevf);
+}
+
+// What the mesh and the cells would otherwise read out of bounds.
+void checkArrays(ncSchema& s, const ncHeader& h) {
+  int64_t totNodes = 0;
+  for (int32_t e = 0; e < h.noe; ++e) {
+    if (h.nonpe[e] < 3 || h.nonpe[e] > maxNodesPerElem)
+      s.fail("element " + str(e) + " has " + str(h.nonpe[e]) + " nodes (3 to " + str(maxNodesPerElem) +
+             " are possible)");
+    totNodes += h.nonpe[e];
+  }
+  if (totNodes != h.nevf)
+    s.fail("the elements have " + str(totNodes) + " nodes together but 'connectivity' holds " + str(h.nevf));
+  for (int32_t i = 0; i < h.nevf; ++i)
+    if (h.conn[i] < 0 || h.conn[i] >= h.non)
+      s.fail("'connectivity' names node " + str(h.conn[i]) + " but there are " + str(h.non) + " nodes");
+  for (int32_t i = 0; i < h.non; ++i)
+    if (!validNodeType(h.types[i])) s.fail("node " + str(i) + " has the type " + str(h.types[i]));
+  for (int32_t e = 0; h.enol && e < h.noe; ++e)
+    if (h.enol[e] > h.nol)
+      s.fail("element " + str(e) + " has " + str(h.enol[e]) + " layers but the model has " + str(h.nol));
+}
+
+// A mesh read before is let go of as a whole (reset to an empty mesh): the file's mesh starts afresh.
+void installMesh(thMesh2D& m, ncHeader& h) {
+  if (m.noe > 0 || m.non > 0) m = thMesh2D();
+  m.projection = h.projection;
+  m.non = h.non;
+  m.noe = h.noe;
+  m.nevf = h.nevf;
+  m.nxCoor = h.x.release();
+  m.nyCoor = h.y.release();
+  m.nt = h.types.release();
+  m.nonpe = h.nonpe.release();
+  m.en = h.conn.release();
+  m.eVoronoiX = h.vorX.release();
+  m.eVoronoiY = h.vorY.release();
+  m.hasVoronoi = true;  // the Voronoi points of the file are kept
+}
+
+// The time axis and the layer stack; the arrays of an earlier read go (or stay with the copies
+// that share them).
+void installModel(thModelInfo& mi, ncHeader& h) {
+  mi.nt = h.nt;
+  if (h.nt > 0) mi.startDT = h.timeFirst;
+  mi.dt = h.nt > 1 ? axisStep(h.timeFirst, h.timeLast, h.nt) : 1.0;
+  mi.unshare(false);
+  mi.releaseInputs(true);
+  mi.nol = h.nol;
+  mi.elemBathy = h.bathy.release();
+  mi.enol = h.enol.release();
+  mi.dz = h.dz.release();
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- reading the header
@@ -146,135 +296,21 @@ void thResultFile::readHeaderNC() {
   nc = nullptr;
   ncVarIds.clear();  // a second read through one object starts afresh
   nc = new VNetCdf(filename, false);
-  VNetCdf& f = *nc;
-  ncSchema s(f, filename);
-  thMesh2D& m = mInfo.mesh2d;
-
-  // A missing integer attribute leaves its field as it is, as "topDepth" does.
-  auto intAtt = [&f](const char* att, int32_t& field) {
-    if (f.hasAtt(att, NC_GLOBAL)) field = f.getGlobalAttInt(att);
-  };
-  intAtt("version", fileVersion);
-  intAtt("layerType", mInfo.layerType);
-  intAtt("flavor", mInfo.flavor);
-  if (f.hasAtt("topDepth", NC_GLOBAL)) mInfo.topDepth = f.getGlobalAttDouble("topDepth");
-  intAtt("modeltype", mInfo.modelType);
-  std::string projection = f.getAttStr("projection", NC_GLOBAL);
-
-  int32_t nt = s.dimLen("time");
-  int32_t non = s.dimLen("nodes");
-  int32_t noe = s.dimLen("elems");
-  int32_t nol = s.dimLen("layers");
-  int32_t nevf = s.dimLen("totNoElemNodes");
-  if (noe < 1 || non < 1) s.fail("the mesh has no elements");
-  if (nol < 1) s.fail("the model has no layers");
-
-  int32_t vTime = s.var("time", NC_INT64, "time");
-  int32_t vBathy = s.var("elemBathy", NC_DOUBLE, "elems");
-  int32_t vLayers = s.var("elemlayers", NC_INT, "elems", false);
-  int32_t vDz = s.var("layerThickness", NC_DOUBLE, "layers");
-  int32_t vX = s.var("nodeXCoor", NC_DOUBLE, "nodes");
-  int32_t vY = s.var("nodeYCoor", NC_DOUBLE, "nodes");
-  int32_t vType = s.var("nodeType", NC_INT, "nodes");
-  int32_t vVorX = s.var("voronoiX", NC_DOUBLE, "elems");
-  int32_t vVorY = s.var("voronoiY", NC_DOUBLE, "elems");
-  int32_t vNonpe = s.var("noElemNodes", NC_INT, "elems");
-  int32_t vConn = s.var("connectivity", NC_INT, "totNoElemNodes");
-
-  // The items: the last nItem variables, each a float record over one more dimension.
-  if (!f.hasAtt("nItem", NC_GLOBAL)) s.fail("the attribute 'nItem' is missing");
-  int32_t nItem = f.getGlobalAttInt("nItem");
-  if (nItem < 0 || nItem > f.nvars)
-    s.fail("'nItem' is " + str(nItem) + " but the file has " + str(f.nvars) + " variables");
-  int32_t timeDim = f.getDimId("time");
-  std::vector<int32_t> itemVars, itemLens;
-  for (int32_t i = 0; i < nItem; ++i) {
-    int32_t v = f.nvars - nItem + i;
-    int32_t type = f.varTypes[v];
-    if (f.varNdims[v] != 2 || f.varDimIds[v][0] != timeDim)
-      s.fail("the item variable '" + f.varNames[v] + "' is not laid out along (time, values)");
-    if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT)
-      s.fail("the item variable '" + f.varNames[v] + "' is of " + typeName(type) +
-             ", not of a number type that items are read as");
-    itemVars.push_back(v);
-    itemLens.push_back(f.dimLen[f.varDimIds[v][1]]);
-  }
-
-  // All arrays are read and checked before any of them is handed to the model, so that a bad
-  // file leaves nothing half-owned behind.
-  // Only the ends of the time axis count (the timesteps are taken to be equidistant), so only they
-  // are read: a damaged header may claim far more timesteps than the file holds.
-  const int64_t timeFirst = nt > 0 ? s.readInt64At(vTime, 0) : 0;
-  const int64_t timeLast = nt > 1 ? s.readInt64At(vTime, nt - 1) : timeFirst;
-  auto bathy = s.readExact<double>(vBathy, noe);
-  std::unique_ptr<int32_t[]> enol;
-  if (vLayers >= 0) enol = s.readExact<int32_t>(vLayers, noe);
-  auto dz = s.read<double>(vDz);
-  auto x = s.readExact<double>(vX, non);
-  auto y = s.readExact<double>(vY, non);
-  auto types = s.readExact<int32_t>(vType, non);
-  auto vorX = s.readExact<double>(vVorX, noe);
-  auto vorY = s.readExact<double>(vVorY, noe);
-  auto nonpe = s.readExact<int32_t>(vNonpe, noe);
-  auto conn = s.readExact<int32_t>(vConn, nevf);
-
-  int64_t totNodes = 0;
-  for (int32_t e = 0; e < noe; ++e) {
-    // the mesh sorts an element's faces in a working array of 50 entries
-    if (nonpe[e] < 3 || nonpe[e] > 50)
-      s.fail("element " + str(e) + " has " + str(nonpe[e]) + " nodes (3 to 50 are possible)");
-    totNodes += nonpe[e];
-  }
-  if (totNodes != nevf)
-    s.fail("the elements have " + str(totNodes) + " nodes together but 'connectivity' holds " + str(nevf));
-  for (int32_t i = 0; i < nevf; ++i)
-    if (conn[i] < 0 || conn[i] >= non)
-      s.fail("'connectivity' names node " + str(conn[i]) + " but there are " + str(non) + " nodes");
-  for (int32_t i = 0; i < non; ++i)
-    if (!validNodeType(types[i])) s.fail("node " + str(i) + " has the type " + str(types[i]));
-  if (enol)
-    for (int32_t e = 0; e < noe; ++e)
-      if (enol[e] > nol)
-        s.fail("element " + str(e) + " has " + str(enol[e]) + " layers but the model has " + str(nol));
-
-  mInfo.nt = nt;
-  if (nt > 0) mInfo.startDT = timeFirst;
-  mInfo.dt = nt > 1 ? axisStep(timeFirst, timeLast, nt) : 1.0;
-
-  // A mesh read before is released as a whole and the mesh starts afresh.
-  if (m.noe > 0 || m.non > 0) {
-    m.~thMesh2D();
-    new (&m) thMesh2D();
-  }
-  m.projection = projection;
-  m.non = non;
-  m.noe = noe;
-  m.nevf = nevf;
-  m.nxCoor = x.release();
-  m.nyCoor = y.release();
-  m.nt = types.release();
-  m.nonpe = nonpe.release();
-  m.en = conn.release();
-  m.eVoronoiX = vorX.release();
-  m.eVoronoiY = vorY.release();
-  m.hasVoronoi = true;  // the Voronoi points of the file are kept
-
-  // the arrays of an earlier read go (or stay with the copies that share them)
-  mInfo.unshare(false);
-  mInfo.releaseInputs(true);
-  mInfo.nol = nol;
-  mInfo.elemBathy = bathy.release();
-  mInfo.enol = enol.release();
-  mInfo.dz = dz.release();
-
-  // initCells needs the faces, so the mesh comes first.
-  m.initMesh();
+  ncSchema s(*nc, filename);
+  ncHeader h;
+  readAttributes(*nc, *this, h);
+  readDims(s, h);
+  findItems(s, *nc, h);
+  readArrays(s, h);
+  checkArrays(s, h);
+  installMesh(mInfo.mesh2d, h);
+  installModel(mInfo, h);
+  mInfo.mesh2d.initMesh();  // initCells needs the faces, so the mesh comes first
   mInfo.initCells();
-
-  for (int32_t i = 0; i < nItem; ++i) {
-    ncVarIds.push_back(itemVars[i]);
-    itemNameVec.push_back(f.varNames[itemVars[i]]);
-    itemLengthVec.push_back(itemLens[i]);
+  for (size_t i = 0; i < h.itemVars.size(); ++i) {
+    ncVarIds.push_back(h.itemVars[i]);
+    itemNameVec.push_back(nc->varNames[h.itemVars[i]]);
+    itemLengthVec.push_back(h.itemLens[i]);
   }
 }
 
@@ -344,95 +380,110 @@ void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t
 
 // ---------------------------------------------------------------- writing
 
-void thResultFile::writeHeaderNC() {
-  thMesh2D& m = mInfo.mesh2d;
-  std::string name = getFileName();
-  checkModelForWrite();
-  int32_t nItems = static_cast<int32_t>(itemNameVec.size());
+namespace {
 
-  delete nc;
-  nc = nullptr;
-  ncVarIds.clear();
-  nc = new VNetCdf(name, true);
-  if (nc->ncid < 0) throw VException("Cannot open file for write: '" + name + "'");
-  VNetCdf& f = *nc;
-  int id = f.ncid;
+void putText(int id, int varid, const char* att, const std::string& text) {
+  nc_put_att_text(id, varid, att, text.size(), text.c_str());
+}
 
-  auto putText = [id](int varid, const char* att, const std::string& text) {
-    nc_put_att_text(id, varid, att, text.size(), text.c_str());
-  };
-  auto putInt = [id](const char* att, int32_t v) {
-    int i = v;
-    nc_put_att_int(id, NC_GLOBAL, att, NC_INT, 1, &i);
-  };
-  putText(NC_GLOBAL, "fileType", "Thalmod unstructured data file");
-  putInt("version", writeVersion);
-  putInt("layerType", mInfo.layerType);
-  putInt("flavor", mInfo.flavor);
-  double topDepth = mInfo.topDepth;
+void putInt(int id, const char* att, int32_t v) {
+  int i = v;
+  nc_put_att_int(id, NC_GLOBAL, att, NC_INT, 1, &i);
+}
+
+void putGlobals(int id, const thResultFile& rf, int32_t nItems) {
+  putText(id, NC_GLOBAL, "fileType", "Thalmod unstructured data file");
+  putInt(id, "version", rf.writeVersion);
+  putInt(id, "layerType", rf.mInfo.layerType);
+  putInt(id, "flavor", rf.mInfo.flavor);
+  double topDepth = rf.mInfo.topDepth;
   nc_put_att_double(id, NC_GLOBAL, "topDepth", NC_DOUBLE, 1, &topDepth);
-  putInt("modeltype", mInfo.modelType);
-  putText(NC_GLOBAL, "projection", m.projection);
-  putInt("nItem", nItems);
+  putInt(id, "modeltype", rf.mInfo.modelType);
+  putText(id, NC_GLOBAL, "projection", rf.mInfo.mesh2d.projection);
+  putInt(id, "nItem", nItems);
+}
 
-  ncTimeDim = f.defDim("time", -1);
-  int32_t nodeDim = f.defDim("nodes", m.non);
-  ncElemDim = f.defDim("elems", m.noe);
-  ncCellDim = f.defDim("cells", mInfo.cells);
-  int32_t layerDim = f.defDim("layers", mInfo.nol);
-  int32_t connDim = f.defDim("totNoElemNodes", m.nevf);
-
-  int32_t timeVar = f.defVar("time", {ncTimeDim}, NC_INT64);
-  putText(timeVar, "long_name", "Time (seconds since 1970-01-01)");
-  putText(timeVar, "standard_name", "time");
-  putText(timeVar, "units", "seconds since 1970-01-01 00:00:00");
-  // every fixed variable is written as soon as it is defined
+// The dimensions and the fixed variables, each written as soon as it is defined.
+void putFixed(VNetCdf& f, thResultFile& rf) {
+  const thMesh2D& m = rf.mInfo.mesh2d;
+  const thModelInfo& mi = rf.mInfo;
+  rf.ncTimeDim = f.defDim("time", -1);
+  const int32_t nodeDim = f.defDim("nodes", m.non);
+  rf.ncElemDim = f.defDim("elems", m.noe);
+  rf.ncCellDim = f.defDim("cells", mi.cells);
+  const int32_t layerDim = f.defDim("layers", mi.nol);
+  const int32_t connDim = f.defDim("totNoElemNodes", m.nevf);
+  const int32_t timeVar = f.defVar("time", {rf.ncTimeDim}, NC_INT64);
+  putText(f.ncid, timeVar, "long_name", "Time (seconds since 1970-01-01)");
+  putText(f.ncid, timeVar, "standard_name", "time");
+  putText(f.ncid, timeVar, "units", "seconds since 1970-01-01 00:00:00");
   auto fixed = [&f](const char* var, int32_t dim, int32_t type, void* data) {
     f.putVar(f.defVar(var, {dim}, type), data);
   };
   fixed("nodeXCoor", nodeDim, NC_DOUBLE, m.nxCoor);
   fixed("nodeYCoor", nodeDim, NC_DOUBLE, m.nyCoor);
   fixed("nodeType", nodeDim, NC_INT, m.nt);
-  fixed("noElemNodes", ncElemDim, NC_INT, m.nonpe);
-  fixed("voronoiX", ncElemDim, NC_DOUBLE, m.eVoronoiX);
-  fixed("voronoiY", ncElemDim, NC_DOUBLE, m.eVoronoiY);
-  fixed("elemBathy", ncElemDim, NC_DOUBLE, mInfo.elemBathy);
-  fixed("elemBottomLayerIdx", ncElemDim, NC_INT, mInfo.ebli);  // the first noe columns
-  if (mInfo.enol) fixed("elemlayers", ncElemDim, NC_INT, mInfo.enol);
+  fixed("noElemNodes", rf.ncElemDim, NC_INT, m.nonpe);
+  fixed("voronoiX", rf.ncElemDim, NC_DOUBLE, m.eVoronoiX);
+  fixed("voronoiY", rf.ncElemDim, NC_DOUBLE, m.eVoronoiY);
+  fixed("elemBathy", rf.ncElemDim, NC_DOUBLE, mi.elemBathy);
+  fixed("elemBottomLayerIdx", rf.ncElemDim, NC_INT, mi.ebli);  // the first noe columns
+  if (mi.enol) fixed("elemlayers", rf.ncElemDim, NC_INT, mi.enol);
   fixed("connectivity", connDim, NC_INT, m.en);
-  fixed("layerThickness", layerDim, NC_DOUBLE, mInfo.dz);
+  fixed("layerThickness", layerDim, NC_DOUBLE, mi.dz);
+}
 
-  // The items last, only defined. The second dimension goes by length, then by name.
+// The second dimension of item i: by length, then by name; a new one is made where none fits.
+int32_t itemDim(VNetCdf& f, const thResultFile& rf, int32_t i, const std::vector<int32_t>& itemDims,
+                const std::string& name) {
+  const std::string& item = rf.itemNameVec[i];
+  const int32_t len = rf.itemLengthVec[i];
+  if (len == rf.mInfo.cells) return rf.ncCellDim;
+  if (len == rf.mInfo.mesh2d.noe) return rf.ncElemDim;
+  for (int32_t j = 0; j < i; ++j)
+    if (rf.itemLengthVec[j] == len) return itemDims[j];
+  const std::string dimName = len == rf.mInfo.totNoUPnts        ? "UPntsDim"
+                              : item == "hddcp_srcFlux"         ? "dcpSrcDim"
+                              : VStr::startsWith(item, "abm") ? "ABMDim"
+                                                                : item + "Dim";
+  const int32_t dim = f.defDim(dimName, len);
+  if (dim < 0)
+    throw VException("thResultFile::writeHeader: the dimension '" + dimName + "' of item '" + item +
+                     "' cannot be made in '" + name + "': " + nc_strerror(dim));
+  return dim;
+}
+
+// The items last, only defined.
+void defineItems(VNetCdf& f, thResultFile& rf, const std::string& name) {
   std::vector<int32_t> itemDims;
-  for (int32_t i = 0; i < nItems; ++i) {
-    const std::string& item = itemNameVec[i];
-    int32_t len = itemLengthVec[i];
-    int32_t dim = -1;
-    if (len == mInfo.cells) dim = ncCellDim;
-    else if (len == m.noe) dim = ncElemDim;
-    for (int32_t j = 0; dim < 0 && j < i; ++j)
-      if (itemLengthVec[j] == len) dim = itemDims[j];
-    if (dim < 0) {
-      std::string dimName = len == mInfo.totNoUPnts       ? "UPntsDim"
-                            : item == "hddcp_srcFlux"      ? "dcpSrcDim"
-                            : VStr::startsWith(item, "abm") ? "ABMDim"
-                                                           : item + "Dim";
-      dim = f.defDim(dimName, len);
-      if (dim < 0)
-        throw VException("thResultFile::writeHeader: the dimension '" + dimName + "' of item '" +
-                         item + "' cannot be made in '" + name + "': " + nc_strerror(dim));
-    }
-    itemDims.push_back(dim);
+  for (int32_t i = 0; i < static_cast<int32_t>(rf.itemNameVec.size()); ++i) {
+    const std::string& item = rf.itemNameVec[i];
+    itemDims.push_back(itemDim(f, rf, i, itemDims, name));
     if (f.getVarId(item) >= 0)
       throw VException("thResultFile::writeHeader: the name of item '" + item +
                        "' is taken by another variable of '" + name + "'.");
-    int32_t v = f.defVar(item, {ncTimeDim, dim}, NC_FLOAT);
+    const int32_t v = f.defVar(item, {rf.ncTimeDim, itemDims.back()}, NC_FLOAT);
     if (f.getVarId(item) != v)
       throw VException("thResultFile::writeHeader: item '" + item + "' cannot be made a variable of '" +
                        name + "'.");
-    ncVarIds.push_back(v);
+    rf.ncVarIds.push_back(v);
   }
-  f.endDef();
+}
+
+}  // namespace
+
+void thResultFile::writeHeaderNC() {
+  std::string name = getFileName();
+  checkModelForWrite();
+  delete nc;
+  nc = nullptr;
+  ncVarIds.clear();
+  nc = new VNetCdf(name, true);
+  if (nc->ncid < 0) throw VException("Cannot open file for write: '" + name + "'");
+  putGlobals(nc->ncid, *this, static_cast<int32_t>(itemNameVec.size()));
+  putFixed(*nc, *this);
+  defineItems(*nc, *this, name);
+  nc->endDef();
 }
 
 void thResultFile::writeItemDataNC(float* data, int32_t n) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"
 
@@ -20,7 +21,7 @@ using VCppLib::VException;
 
 namespace {
 
-std::string str(int64_t v) { return VCppLib::VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 using VCppLib::newArrayFrom;
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -17,7 +18,7 @@ namespace VStr = VCppLib::VStr;
 
 namespace {
 
-std::string str(int64_t v) { return VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 // Reads timesteps from..to-1 of the physical file that fileNo names into a new array.
 using partReader = std::function<int32_t(int32_t from, int32_t to, double** part)>;

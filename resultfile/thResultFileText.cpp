@@ -24,6 +24,7 @@
 #include <new>
 
 #include "resultfile/thResultFile.h"
+#include "support/VMsg.h"
 #include "support/VDT.h"
 #include "support/VFiles.h"
 #include "support/VStr.h"
@@ -36,7 +37,7 @@ namespace VDT = VCppLib::VDT;
 
 namespace {
 
-std::string str(int64_t v) { return VStr::toString<long long>(static_cast<long long>(v)); }
+using VCppLib::str;
 
 // printf formatting into a string of any length.
 std::string printfStr(const char* fmt, ...) __attribute__((format(printf, 1, 2)));

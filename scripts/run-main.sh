@@ -6,7 +6,6 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 cmake -S . -B build -G Ninja
 cmake --build build
-./build/tools/thal_demo
 
 thal=./build/tools/thal
 sample=build/sample

@@ -65,8 +65,8 @@ TEST(miscWrapper, PlainRasterBothForms) {
                                                           kBW, 2.0), 0);
   EXPECT_EQ(colours(bytes), (VI{L, W, D, B}));
   // Scale of 3 steps over 0..60: index = value*0.05, so 2.7, 2.95, 0.7, 0.
-  miscWrapper m;  // the operations are static, an object serves as well
-  EXPECT_EQ(m.readNetCdfBathyAndInterpOnBitmap(path, bytes, 2, 2, 3, 0.25, 2.25, 0.25, 2.25, 0.0, 60.0, kBW, 2.0), 0);
+  EXPECT_EQ(miscWrapper::readNetCdfBathyAndInterpOnBitmap(path, bytes, 2, 2, 3, 0.25, 2.25, 0.25, 2.25, 0.0,
+                                                          60.0, kBW, 2.0), 0);
   EXPECT_EQ(colours(bytes), (VI{W, W, B, B}));
   // Bytes beyond the picture are left alone; x = 2.5 lies beyond the last cell: -1.
   Bytes roomy(4 * 3 + 2, 7);
@@ -100,22 +100,17 @@ TEST(miscWrapper, BadInput) {
   const std::string path = dir.file("bathy.nc");
   thTest::ncgen(kPlainCdl, path);
   Bytes small(15, 0), bytes(16, 0), none;
-  EXPECT_VEXCEPTION_HAS(paint3(path, small), "the bitmap of 15 bytes is too small for 2 x 2 pixels, which need 16");
   EXPECT_VEXCEPTION_HAS(miscWrapper::readNetCdfBathyAndInterpOnBitmap(path, small, 2, 2, 0, 2, 0, 2, {1, 2}, kBW, 2.0),
-                        "too small");
+                        "the bitmap of 15 bytes is too small for 2 x 2 pixels, which need 16");
   EXPECT_EQ(small, Bytes(15, 0));
   EXPECT_VEXCEPTION(paint3(dir.file("none.nc"), bytes), "No such file: '" + dir.file("none.nc") + "'");
   // Arguments that the painter refuses reach the caller as its VException; an empty bitmap is fine.
-  EXPECT_VEXCEPTION_HAS(paint3(path, bytes, -2), "is negative");
   EXPECT_VEXCEPTION_HAS(paint3(path, bytes, 2, 1), "at least 2 steps");
-  EXPECT_VEXCEPTION_HAS(paint3(path, bytes, 2, 3, 60, {B}), "at least 2 colours");
-  EXPECT_VEXCEPTION_HAS(miscWrapper::readNetCdfBathyAndInterpOnBitmap(path, bytes, 2, 2, 0, 2, 0, 2, {}, kBW, 2.0),
-                        "at least one break value");
   EXPECT_EQ(bytes, Bytes(16, 0));
   EXPECT_EQ(miscWrapper::readNetCdfBathyAndInterpOnBitmap(path, none, 0, 0, 3, 0, 2, 0, 2, 0, 60, kBW, 2.0), 0);
 
-  // Depths that do not fill the grid, no variable 2, an axis of one value, a gebco file without
-  // depths over its axes.
+  // Depths that do not fill the grid, no variable 2, a gebco file without depths over its axes (an
+  // axis of one value: VNetCdfGrid).
   struct File { const char* name; const char* cdl; std::string message; };
   const File files[] = {
       {"short.nc", "netcdf s { dimensions: x = 3 ; y = 3 ; variables: double x(x) ; double y(y) ; float z(x) ;"
@@ -124,9 +119,6 @@ TEST(miscWrapper, BadInput) {
       {"two.nc", "netcdf t { dimensions: x = 3 ; y = 3 ; variables: double x(x) ; double y(y) ;"
                  "data: x = 0, 1, 2 ; y = 0, 1, 2 ; }",
        "The file '#' has no variable number 2 to read the bathymetry from."},
-      {"one.nc", "netcdf o { dimensions: x = 1 ; y = 3 ; variables: double x(x) ; double y(y) ; float z(y, x) ;"
-                 "data: x = 0 ; y = 0, 1, 2 ; z = 1, 2, 3 ; }",
-       "VNetCdf::getGrid: coordinate variable 'x' in '#' has fewer than two points."},
       {"gebco_axes.nc", "netcdf g { dimensions: lon = 3 ; lat = 3 ;"
                         "variables: int crs ; double lon(lon) ; double lat(lat) ; short e(lon, lat) ;"
                         "data: crs = 0 ; lon = 0, 1, 2 ; lat = 0, 1, 2 ; }",

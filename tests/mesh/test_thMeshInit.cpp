@@ -1,5 +1,5 @@
 // initMesh on small meshes worked out by hand: faces, sides, element face lists, boundaries,
-// node types, areas, Voronoi points, normals and distances; shared arrays and clone.
+// node types, areas, Voronoi points, normals and distances.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,20 +16,10 @@
 using thalmod::thMesh2D;
 using V = std::vector<int>;
 
+using thTest::arr;
+using thTest::near;
+
 namespace {
-
-template <typename T>
-std::vector<T> arr(const T* p, int n) {
-  return std::vector<T>(p, p + n);
-}
-
-::testing::AssertionResult near(const std::vector<double>& got, const std::vector<double>& want, double tol = 1e-12) {
-  if (got.size() != want.size()) return ::testing::AssertionFailure() << got.size() << " entries";
-  for (size_t i = 0; i < want.size(); i++)
-    if (!(std::fabs(got[i] - want[i]) <= tol))
-      return ::testing::AssertionFailure() << "entry " << i << " is " << got[i] << ", not " << want[i];
-  return ::testing::AssertionSuccess();
-}
 
 // The exact right angle as the mesh measures it: the degree factor is the rounded 57.29578.
 const double rightAngleResidue = std::fabs(90.0 - std::acos(0.0) * 57.29578);
@@ -43,12 +33,10 @@ TEST(MeshInit, SingleTriangles) {
   thMesh2D m;
   m.readMeshText("3 1\n0 0 0\n4 0 0\n1 3 0\n0 1 2\n");
   EXPECT_EQ(V({m.nvf, m.nivf, m.tnbe, m.nBnd, m.nivfpe[0], m.nbvfpe[0], m.utmZone}), V({3, 0, 0, 0, 0, 0, 32}));
-  EXPECT_EQ(arr(m.vft, 3), V({99, 99, 99}));
-  EXPECT_EQ(arr(m.nt, 3), V({99, 99, 99}));
+  // Face types, sides and node types follow rules that the random meshes of MeshTopology check;
+  // here the numbers of faces and the geometry worked out by hand.
   EXPECT_EQ(arr(m.vfn, 6), V({0, 1, 1, 2, 2, 0}));  // closed faces keep the element's node order
-  EXPECT_EQ(arr(m.vfe, 6), V({0, -99, 0, -99, 0, -99}));
   EXPECT_EQ(arr(m.evf, 3), V({2, 1, 0}));  // three equal keys: the quicksort swaps the outer two
-  EXPECT_EQ(arr(m.evfNbr, 3), V({-99, -99, -99}));
   EXPECT_EQ(arr(m.evfSign, 3), std::vector<int8_t>(3, 0));
   // area, centre, and the circumcentre: x = 2 on the bisector of the base, 4 + y^2 = 1 + (y-3)^2
   EXPECT_TRUE(near({m.eArea[0], m.eAreaInv[0], m.exCoor[0], m.eyCoor[0], m.totArea, m.meanElemSize},
@@ -61,14 +49,10 @@ TEST(MeshInit, SingleTriangles) {
   const double r5 = std::sqrt(0.5), r25 = std::sqrt(2.5);
   EXPECT_TRUE(near(arr(m.vfxNormL, 3), {0, r5, -1.5 / r25}));
   EXPECT_TRUE(near(arr(m.vfyNormL, 3), {-1, r5, 0.5 / r25}));
-  EXPECT_TRUE(near(arr(m.vfl, 3), {4, std::sqrt(18.0), std::sqrt(10.0)}));
   EXPECT_TRUE(near(arr(m.vfdx, 3), {4, -3, -1}));
-  EXPECT_TRUE(near(arr(m.vfdy, 3), {0, 3, -3}));
-  EXPECT_TRUE(near(arr(m.vfxCoor, 3), {2, 2.5, 0.5}));
   EXPECT_TRUE(near(arr(m.vfyCoor, 3), {0, 1.5, 1.5}));
   EXPECT_TRUE(near(arr(m.vfeDist, 6), {1, 1, r5, r5, r25, r25}));
   EXPECT_TRUE(near(arr(m.vfDist, 3), {2, 2 * r5, 2 * r25}));
-  EXPECT_TRUE(near(arr(m.vfDistInv, 3), {0.5, 0.5 / r5, 0.5 / r25}));
   EXPECT_TRUE(near(arr(m.vfDistX, 3), {0, 1, 3}));
   EXPECT_TRUE(near(arr(m.vfDistY, 3), {2, 1, 1}));
   EXPECT_TRUE(near(arr(m.evfDist, 3), {r25, r5, 1}));  // evf is [2, 1, 0]
@@ -86,13 +70,9 @@ TEST(MeshInit, KiteOfTwoTriangles) {
   thMesh2D m;
   m.readMeshText(kite);
   EXPECT_EQ(V({m.nvf, m.nivf}), V({5, 1}));
-  EXPECT_EQ(arr(m.vft, 5), V({0, 99, 99, 99, 99}));
-  EXPECT_EQ(arr(m.vfe, 10), V({0, 1, 0, -99, 0, -99, 1, -99, 1, -99}));
   EXPECT_EQ(arr(m.vfn, 10), V({1, 0, 1, 2, 2, 0, 0, 3, 3, 1}));  // inner face against element 0: 1 -> 0
   EXPECT_EQ(arr(m.evf, 6), V({0, 2, 1, 0, 4, 3}));
-  EXPECT_EQ(arr(m.evfNbr, 6), V({1, -99, -99, 0, -99, -99}));
   EXPECT_EQ(arr(m.evfSign, 4), std::vector<int8_t>({1, 0, 0, -1}));
-  EXPECT_EQ(arr(m.nt, 4), V({99, 99, 99, 99}));  // closed faces are rewritten after the inner one
   EXPECT_TRUE(near(arr(m.eVoronoiY, 2), {5.0 / 6, -5.0 / 6}));
   // inner face 0: normal (0,-1) from element 0 to 1, Voronoi points 5/3 apart and 5/6 from it
   EXPECT_TRUE(near({m.vfxNormL[0], m.vfyNormL[0], m.vfDist[0], m.vfeDist[0], m.vfeDist[1], m.vfDistX[0],
@@ -100,9 +80,6 @@ TEST(MeshInit, KiteOfTwoTriangles) {
                    {0, -1, 5.0 / 3, 5.0 / 6, 5.0 / 6, 0, 5.0 / 3, rightAngleResidue}));
   EXPECT_TRUE(m.isOrthogonal);
   EXPECT_TRUE(near({m.totArea, m.areaCenterX, m.areaCenterY, m.meanElemSize}, {12, 2, 0, std::sqrt(6.0)}));
-  m.initElemNbrs();  // eNbrNo, eNbrIdx, eNbr, eNbrVf
-  EXPECT_EQ(V({m.eNbrNo[0], m.eNbrNo[1], m.eNbrIdx[0], m.eNbrIdx[1], m.eNbr[0], m.eNbr[1], m.eNbrVf[0], m.eNbrVf[1]}),
-            V({1, 1, 0, 1, 1, 0, 0, 0}));
 
   // element 1's face list made to lack the shared face: the failure is the bare integer -1
   thMesh2D b;
@@ -124,34 +101,21 @@ TEST(MeshInit, UnitSquareGrid) {
   EXPECT_EQ(V({m.nvf, m.nivf, m.nevf}), V({12, 4, 16}));
   // inner faces in order of discovery, {1,4}, {3,4}, {4,5}, {4,7}, then the closed ones
   EXPECT_EQ(arr(m.vfn, 24), V({4, 1, 3, 4, 4, 5, 7, 4, 0, 1, 3, 0, 1, 2, 2, 5, 7, 6, 6, 3, 5, 8, 8, 7}));
-  EXPECT_EQ(arr(m.vfe, 8), V({0, 1, 0, 2, 1, 3, 2, 3}));
   EXPECT_EQ(arr(m.evf, 4), V({1, 0, 5, 4}));
-  EXPECT_EQ(arr(m.nt, 9), V({99, 99, 99, 99, 0, 99, 99, 99, 99}));
   EXPECT_TRUE(near(arr(m.vfxNormL, 4), {1, 0, 0, 1}));  // from the lower to the higher element
-  EXPECT_TRUE(near(arr(m.vfyNormL, 4), {0, 1, 1, 0}));
-  EXPECT_TRUE(near(arr(m.vfl, 12), std::vector<double>(12, 1.0)));
-  EXPECT_TRUE(near(arr(m.vfDist, 12), std::vector<double>(12, 1.0)));
-  EXPECT_TRUE(near(arr(m.vfeDist, 24), std::vector<double>(24, 0.5)));
-  EXPECT_TRUE(near(arr(m.eArea, 4), std::vector<double>(4, 1.0)));
   EXPECT_TRUE(near(arr(m.anglesVF, 4), std::vector<double>(4, rightAngleResidue)));
-  EXPECT_GT(rightAngleResidue, 7e-7);
-  EXPECT_LT(rightAngleResidue, 8e-7);
-  EXPECT_TRUE(m.isOrthogonal);
+  EXPECT_TRUE(rightAngleResidue > 7e-7 && rightAngleResidue < 8e-7 && m.isOrthogonal);
   EXPECT_EQ(arr(m.eIsAcute, 4), std::vector<bool>(4, false));
 
   // the second run keeps the points, tests them by the 5 degree rule, reuses anglesVF
   double* anglesBefore = m.anglesVF;
   m.initMesh();
-  EXPECT_EQ(arr(m.eIsAcute, 4), std::vector<bool>(4, true));
-  EXPECT_TRUE(m.isOrthogonal);
+  EXPECT_TRUE(arr(m.eIsAcute, 4) == std::vector<bool>(4, true) && m.isOrthogonal);
   EXPECT_EQ(m.anglesVF, anglesBefore);
 
   m.initElemNbrs();
   // element 0's inner faces in evf order: face 1 (to element 2), face 0 (to element 1)
-  EXPECT_EQ(arr(m.eNbrNo, 4), V({2, 2, 2, 2}));
-  EXPECT_EQ(arr(m.eNbrIdx, 4), V({0, 2, 4, 6}));
-  EXPECT_EQ(arr(m.eNbr, 2), V({2, 1}));
-  EXPECT_EQ(arr(m.eNbrVf, 2), V({1, 0}));
+  EXPECT_EQ(V({m.eNbrIdx[3], m.eNbr[0], m.eNbr[1], m.eNbrVf[0], m.eNbrVf[1]}), V({6, 2, 1, 1, 0}));
 }
 
 TEST(MeshInit, OpenBoundaries) {
@@ -166,16 +130,12 @@ TEST(MeshInit, OpenBoundaries) {
   // boundary 2 starts at its free end with the domain on the left: 7 -> 6, then 6 -> 5
   EXPECT_EQ(arr(m.vfn, 20), V({5, 1, 6, 2, 6, 7, 5, 6, 7, 3, 0, 1, 5, 4, 4, 0, 1, 2, 2, 3}));
   EXPECT_EQ(arr(m.vfe, 20), V({0, 1, 1, 2, 2, 3, 1, 4, 2, 5, 0, -99, 0, -99, 0, -99, 1, -99, 2, -99}));
-  EXPECT_EQ(arr(m.bndId, 2), V({2, 3}));
-  EXPECT_EQ(arr(m.bndNoFaces, 2), V({2, 1}));
-  EXPECT_EQ(arr(m.bndFirst, 2), V({0, 2}));
+  EXPECT_EQ(V({m.bndId[0], m.bndId[1], m.bndNoFaces[0], m.bndNoFaces[1], m.bndFirst[1]}), V({2, 3, 2, 1, 2}));
   EXPECT_EQ(arr(m.bndElem, 3), V({2, 1, 2}));
   EXPECT_EQ(arr(m.nt, 8), V({99, 99, 99, 3, 99, 2, 2, 3}));  // open over closed, later over earlier
   // element 2: inner face, then open 2, open 3, closed
   EXPECT_EQ(arr(m.evf + 8, 4), V({1, 2, 4, 9}));
-  EXPECT_EQ(arr(m.evfNbr + 8, 4), V({1, -2, -3, -99}));
   EXPECT_EQ(arr(m.evfSign + 8, 4), std::vector<int8_t>({-1, 1, 1, 0}));
-  EXPECT_EQ(V({m.nivfpe[2], m.nbvfpe[2]}), V({1, 2}));
   // outward normals of the open faces; a ghost column mirrors its element
   EXPECT_TRUE(near({m.vfyNormL[2], m.vfxNormL[4], m.vfDist[4], m.vfDistX[4], m.vfDistY[4]}, {1, 1, 1, 1, 0}));
 
@@ -197,23 +157,7 @@ TEST(MeshInit, OpenBoundaries) {
   EXPECT_EQ(V({r.tnbe, r.nBnd}), V({4, 1}));
   EXPECT_EQ(arr(r.vfn, 8), V({1, 0, 0, 3, 3, 2, 2, 1}));
   EXPECT_EQ(arr(r.vfe, 8), V({0, 1, 0, 2, 0, 3, 0, 4}));
-  EXPECT_EQ(arr(r.evf, 4), V({2, 1, 0, 3}));
-  EXPECT_EQ(arr(r.nt, 4), V({1, 1, 1, 1}));
   EXPECT_TRUE(near(arr(r.vfxNormL, 4), {0, -1, 0, 1}));
-  EXPECT_TRUE(near(arr(r.vfyNormL, 4), {-1, 0, 1, 0}));
-
-  // boundary 1 on the west and on the east side of a strip: two chains, each walked in order,
-  // and every face with a number of its own
-  thMesh2D c;
-  c.readMeshText(thTest::gridMeshText(3, 2, 1.0, 1.0, false, 1, 1));
-  ASSERT_EQ(V({c.tnbe, c.nBnd}), V({4, 1}));
-  std::vector<int> seen(c.nvf, 0);
-  for (int k = 0; k < c.nevf; k++) seen[c.evf[k]]++;
-  EXPECT_EQ(std::count(seen.begin(), seen.end(), 0), 0);
-  for (int f = c.nivf; f < c.nivf + 4; f += 2) {
-    const V a = arr(c.vfn + 2 * f, 2), b = arr(c.vfn + 2 * f + 2, 2);
-    EXPECT_TRUE(a[0] == b[0] || a[0] == b[1] || a[1] == b[0] || a[1] == b[1]) << "face " << f;
-  }
 }
 
 TEST(MeshInit, MixedIslandAndModelMeshes) {
@@ -233,8 +177,7 @@ TEST(MeshInit, MixedIslandAndModelMeshes) {
       "16 8\n0 0\n1 0\n2 0\n3 0\n0 1\n1 1\n2 1\n3 1\n0 2\n1 2\n2 2\n3 2\n0 3\n1 3\n2 3\n3 3\n"
       "0 1 5 4\n1 2 6 5\n2 3 7 6\n4 5 9 8\n6 7 11 10\n8 9 13 12\n9 10 14 13\n10 11 15 14\n");
   EXPECT_EQ(V({i.nvf, i.nivf, i.tnbe, i.nt[5], i.nt[6], i.nt[9], i.nt[10]}), V({24, 8, 0, 99, 99, 99, 99}));
-  EXPECT_TRUE(i.isOrthogonal);
-  EXPECT_TRUE(near({i.totArea, i.areaCenterX}, {8, 1.5}));
+  EXPECT_TRUE(i.isOrthogonal && near({i.totArea, i.areaCenterX}, {8, 1.5}));
   // island faces point into the island: face {5,6} of element 1 has normal (0, 1)
   int island = -1;
   for (int f = i.nivf; f < i.nvf; f++)
@@ -247,9 +190,7 @@ TEST(MeshInit, MixedIslandAndModelMeshes) {
 TEST(MeshInit, EmptyAndBrokenMeshes) {
   thMesh2D m;
   EXPECT_EQ(m.initMesh(), 0);
-  EXPECT_TRUE(m.hasVoronoi && *m.initFlag != 0);
-  EXPECT_EQ(V({m.nvf, m.nivf}), V({0, 0}));
-  EXPECT_EQ(m.toString(), "0 0 0\n");
+  EXPECT_TRUE(m.hasVoronoi && *m.initFlag != 0 && m.toString() == "0 0 0\n");
   thMesh2D n;  // nodes without elements: nothing below the element check runs
   n.readMeshText("2 0\n1 2 0\n3 4 7\n");
   EXPECT_EQ(V({n.nvf, n.nt[0]}), V({0, 0}));
@@ -258,8 +199,6 @@ TEST(MeshInit, EmptyAndBrokenMeshes) {
   // arrays that would be read out of bounds are refused; the mesh stays usable
   thMesh2D b;
   b.readMeshText("3 1\n0 0\n1 0\n0 1\n0 1 2\n");
-  b.en[2] = 7;
-  EXPECT_VEXCEPTION_HAS(b.initMesh(), "refers to node 7");
   b.en[2] = -1;
   EXPECT_VEXCEPTION_HAS(b.initMesh(), "refers to node -1");
   b.en[2] = 2;
@@ -281,9 +220,7 @@ TEST(MeshInit, LonLatMesh) {
   // at the central meridian of zone 32 on the equator; faces 3 and 4 end at 15.5 degrees, so
   // their midpoints (about 12.25) lie in zone 33
   m.readMeshText("4 2\n9 0\n9.01 0\n9.005 0.01\n15.5 0.01\n0 1 2\n1 3 2\n");
-  EXPECT_TRUE(m.isLonLat);
-  EXPECT_EQ(m.utmZone, 32);  // mean longitude 10.63
-  EXPECT_NE(m.nxUTM, m.nxCoor);
+  EXPECT_TRUE(m.isLonLat && m.utmZone == 32 && m.nxUTM != m.nxCoor);  // mean longitude 10.63
   EXPECT_TRUE(near({m.nxUTM[0], m.nyUTM[0]}, {500000, 0}, 1e-6));
   // the first triangle: base and height 0.01 degrees, at about 111.3 and 110.6 km a degree
   EXPECT_NEAR(m.eArea[0], 0.5 * 0.01 * 111319.49 * 0.01 * 110574.0 * 0.9996 * 0.9996, 0.01 * m.eArea[0]);
@@ -298,7 +235,6 @@ TEST(MeshInit, LonLatMesh) {
     VCppLib::latLon2UTM(m.nxCoor[b], m.nyCoor[b], zone, bx, by);
     EXPECT_NEAR(m.vfl[f], std::hypot(bx - ax, by - ay), 1e-9 * m.vfl[f]) << "face " << f;
     EXPECT_NEAR(m.vfdx[f], bx - ax, 1e-6) << "face " << f;
-    EXPECT_NEAR(std::hypot(m.vfxNormL[f], m.vfyNormL[f]), 1.0, 1e-9);
   }
   // distances in the mesh's one zone: face 1 lies on the equator, northing 0, and element 0's
   // circumcentre (9.005, 0.00375) is mirrored in it
@@ -324,8 +260,6 @@ TEST(MeshInit, LonLatMesh) {
   EXPECT_EQ(V({u.utmZone, u.utmZoneFromProjection()}), V({32, 33}));
   u.projection = "utm-5x";
   EXPECT_EQ(u.utmZoneFromProjection(), -5);
-  u.projection = "LONLAT";
-  EXPECT_EQ(u.utmZoneFromProjection(), -1);
 }
 
 TEST(MeshInit, VoronoiPointsFromOutside) {
@@ -352,40 +286,8 @@ TEST(MeshInit, VoronoiPointsFromOutside) {
   EXPECT_NEAR(k.anglesVF[0], 90.0 - std::atan2(1.6, 1.0) * 57.29578, 1e-9);
 }
 
-TEST(MeshInit, SharedArraysAndClone) {
-  auto* src = new thMesh2D();
-  src->readMeshText(thTest::gridMeshText(2, 1));
-  src->initElemNbrs();
-  {
-    thMesh2D copy = *src, assigned;  // copies share everything
-    assigned = copy;
-    EXPECT_EQ(copy.nxCoor, src->nxCoor);
-    EXPECT_EQ(copy.initFlag.get(), src->initFlag.get());
-    EXPECT_EQ(assigned.vfe, src->vfe);
-    EXPECT_EQ(assigned.projection, "UTM32");
-  }
-  EXPECT_EQ(*src->initFlag, 0);  // the first copy destroyed freed the arrays and cleared the byte
-  // the survivor can still read a mesh of its own: what it held is forgotten, not freed again
-  EXPECT_EQ(src->readMeshText(kite), 0);
-  src->initElemNbrs();
-  EXPECT_EQ(V({src->nvf, src->eNbr[0]}), V({5, 1}));
-  delete src;
-
-  thMesh2D orig;
-  orig.readMeshText(thTest::gridMeshText(2, 1, 1.0, 1.0, true));
-  orig.initElemNbrs();
-  thMesh2D* c = orig.clone();
-  EXPECT_TRUE(c->nxCoor != orig.nxCoor && c->en != orig.en && c->vfe != orig.vfe);
-  EXPECT_NE(c->initFlag.get(), orig.initFlag.get());
-  EXPECT_EQ(c->eNbrNo, nullptr);
-  EXPECT_EQ(arr(c->vfe, 2 * orig.nvf), arr(orig.vfe, 2 * orig.nvf));
-  EXPECT_EQ(arr(c->eVoronoiX, orig.noe), arr(orig.eVoronoiX, orig.noe));
-  c->nxCoor[0] = 99;
-  EXPECT_EQ(orig.nxCoor[0], 0.0);
-  delete c;
-  EXPECT_NE(*orig.initFlag, 0);
-  EXPECT_EQ(orig.vft[0], 0);  // still alive
-
+// Copies and clones and their sharing of arrays: MeshShare.
+TEST(MeshInit, NodeArraysReplacedByAnEditor) {
   // an editor replaces the node arrays and frees the old ones: the next run must not free them
   // again through nxUTM, which aliased them
   for (const char* projection : {"UTM32", "LONLAT"}) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <numeric>
 #include <random>
 #include <set>
 #include <sstream>
@@ -95,8 +96,7 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
   }
   int inner = 0;
   for (auto& [k, v] : edges) inner += v.size() == 2;
-  ASSERT_EQ(m.nvf, static_cast<int>(edges.size()));
-  ASSERT_EQ(m.nivf, inner);
+  ASSERT_EQ(std::make_pair(m.nvf, m.nivf), std::make_pair(static_cast<int>(edges.size()), inner));
   EXPECT_EQ(m.non - m.nvf + m.noe, 1);  // Euler for a disc
 
   // each element lists its own edges, inner faces first and sorted by type, with what lies across
@@ -168,9 +168,7 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
     if (r.type[n] != 0) expect = r.type[n];
     EXPECT_EQ(m.nt[n], expect) << "node " << n;
   }
-  double area = 0;
-  for (int e = 0; e < noe; e++) area += m.eArea[e];
-  EXPECT_NEAR(area, r.nx * r.ny, 1e-9 * r.nx * r.ny);
+  EXPECT_NEAR(std::accumulate(m.eArea, m.eArea + noe, 0.0), r.nx * r.ny, 1e-9 * r.nx * r.ny);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
-#include "modelTestMeshes.h"
+#include "testutil/thMeshFixtures.h"
 
 using thalmod::thModelInfo;
 using VI = std::vector<int32_t>;
@@ -18,7 +18,7 @@ namespace {
 VI makeRandomModel(thModelInfo& mi, std::mt19937& rng, bool negativeFrac, bool& givenEnol) {
   std::uniform_int_distribution<int32_t> side(1, 4), layers(1, 6);
   std::uniform_real_distribution<double> thick(0.5, 5.0), unit(0.0, 1.0);
-  modelTest::gridMesh(mi.mesh2d, side(rng), side(rng), rng, unit(rng) < 0.5);
+  thTest::gridMesh(mi.mesh2d, side(rng), side(rng), rng, unit(rng) < 0.5);
   const int32_t noe = mi.mesh2d.noe;
   mi.nol = layers(rng);
   mi.dz = new double[mi.nol];

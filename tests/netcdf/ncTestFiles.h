@@ -73,13 +73,6 @@ inline std::string modelCdl() {
          "}\n";
 }
 
-// Writes a file of the given kind ("classic", "64-bit-offset", "cdf5", "nc4") from CDL through ncgen.
-inline void ncgenKind(const std::string& cdl, const std::string& path, const std::string& kind) {
-  thTest::writeText(path + ".cdl", cdl);
-  ASSERT_EQ(thTest::runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + path + "' '" + path + ".cdl'"),
-            0) << kind;
-}
-
 // The model-like file, written into a fresh folder.
 struct ModelFile {
   thTest::TempDir dir;

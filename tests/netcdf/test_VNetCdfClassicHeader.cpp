@@ -79,11 +79,11 @@ TEST(VNetCdfClassicHeader, SoundHeadersOpen) {
   // files of the three classic kinds as ncgen writes them, and a NetCDF-4 file, pass the check
   for (const char* kind : {"classic", "64-bit-offset", "cdf5", "nc4"}) {
     std::string file = dir.file(std::string(kind) + ".nc");
-    ncTest::ncgenKind("netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
-                      " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
-                      "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
-                      "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n",
-                      file, kind);
+    thTest::ncgen("netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
+                  " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
+                  "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
+                  "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n",
+                  file, kind);
     EXPECT_EQ(VCppLib::classicHeaderStatus(file), NC_NOERR) << kind;
     EXPECT_EQ(VNetCdf(file, false).nvars, 4) << kind;
   }

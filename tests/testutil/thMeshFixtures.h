@@ -1,9 +1,16 @@
-// Mesh texts (in the mesh text format) for tests of every subsystem that needs a mesh. Read one
-// with thalmod::thMesh2D::readMeshText; the faces and boundaries each gives are listed below.
+// Meshes for tests of every subsystem that needs one: texts in the mesh text format (read one with
+// thalmod::thMesh2D::readMeshText; the faces and boundaries each gives are listed below) and
+// builders that fill a mesh's arrays directly.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <random>
 #include <string>
+#include <vector>
+
+#include "mesh/thMesh2D.h"
+#include "testutil/thTestUtil.h"
 
 namespace thTest {
 
@@ -25,5 +32,63 @@ std::string smallModelMeshText();
 // The same mesh, but its last two elements (the north-east corner, cells (2,1) and (3,1)) are
 // each split into two triangles: a mixed mesh of 6 quadrilaterals and 4 triangles.
 std::string smallMixedMeshText();
+
+// Fills the primary arrays of a mesh (metres, projection UTM32) and runs initMesh.
+inline void buildMesh(thalmod::thMesh2D& m, const std::vector<double>& x, const std::vector<double>& y,
+                      const std::vector<int32_t>& types, const std::vector<std::vector<int32_t>>& elems) {
+  m.projection = "UTM32";
+  m.non = static_cast<int32_t>(x.size());
+  m.nxCoor = newArray(x);
+  m.nyCoor = newArray(y);
+  m.nt = newArray(types);
+  m.noe = static_cast<int32_t>(elems.size());
+  m.nonpe = new int32_t[m.noe];
+  std::vector<int32_t> en;
+  for (int32_t e = 0; e < m.noe; e++) {
+    m.nonpe[e] = static_cast<int32_t>(elems[e].size());
+    en.insert(en.end(), elems[e].begin(), elems[e].end());
+  }
+  m.en = newArray(en);
+  m.initMesh();
+}
+
+// Three unit squares in a row:
+//   4---5---6---7
+//   | 0 | 1 | 2 |
+//   0---1---2---3
+// The right end (nodes 3, 7) is open boundary 1 when openRight, the left end (nodes 0, 4) open
+// boundary 2 when openLeft; all other outer faces are closed. Inner faces: 0 = (1,5) between
+// elements 0 and 1, 1 = (2,6) between elements 1 and 2; then the open faces, right before left.
+inline void stripMesh(thalmod::thMesh2D& m, bool openRight, bool openLeft) {
+  m.readMeshText(gridMeshText(3, 1, 1.0, 1.0, false, openLeft ? 2 : 0, openRight ? 1 : 0));
+}
+
+// A grid of nx by ny cells of 10 m, each a square or (at random) two triangles, with the right
+// side open boundary 1 and, if asked, the left side open boundary 2.
+inline void gridMesh(thalmod::thMesh2D& m, int32_t nx, int32_t ny, std::mt19937& rng, bool openLeft) {
+  std::vector<double> x, y;
+  std::vector<int32_t> t;
+  for (int32_t j = 0; j <= ny; j++) {
+    for (int32_t i = 0; i <= nx; i++) {
+      x.push_back(i * 10.0);
+      y.push_back(j * 10.0);
+      t.push_back(i == nx ? 1 : (i == 0 && openLeft ? 2 : 0));
+    }
+  }
+  std::vector<std::vector<int32_t>> elems;
+  std::bernoulli_distribution split(0.4);
+  for (int32_t j = 0; j < ny; j++) {
+    for (int32_t i = 0; i < nx; i++) {
+      const int32_t a = j * (nx + 1) + i, b = a + 1, c = b + nx + 1, d = a + nx + 1;
+      if (split(rng)) {
+        elems.push_back({a, b, c});
+        elems.push_back({a, c, d});
+      } else {
+        elems.push_back({a, b, c, d});
+      }
+    }
+  }
+  buildMesh(m, x, y, t, elems);
+}
 
 }  // namespace thTest

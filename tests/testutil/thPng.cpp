@@ -9,18 +9,6 @@
 
 namespace thTest {
 
-void writePng(const std::string& path, const int32_t* argb, int32_t width, int32_t height) {
-  png_image image;
-  std::memset(&image, 0, sizeof image);
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(width);
-  image.height = static_cast<png_uint_32>(height);
-  image.format = PNG_FORMAT_BGRA;
-  const int ok = png_image_write_to_file(&image, path.c_str(), 0, argb, 0, nullptr);
-  EXPECT_NE(ok, 0) << "libpng could not write " << path << ": " << image.message;
-  png_image_free(&image);
-}
-
 std::vector<int32_t> readPng(const std::string& path, int32_t& width, int32_t& height) {
   png_image image;
   std::memset(&image, 0, sizeof image);

@@ -1,4 +1,4 @@
-// Small PNG writer and reader for checking painted bitmaps as a viewer would see them.
+// A small PNG reader for checking painted bitmaps as a viewer would see them.
 #pragma once
 
 #include <cstdint>
@@ -6,10 +6,6 @@
 #include <vector>
 
 namespace thTest {
-
-// Writes width x height colours 0xAARRGGBB, top row first, as an 8-bit RGBA PNG file.
-// Fails the running test if libpng refuses.
-void writePng(const std::string& path, const int32_t* argb, int32_t width, int32_t height);
 
 // Decodes a PNG file into colours 0xAARRGGBB, top row first; width and height are set from the
 // file. Fails the running test (and returns an empty array) if libpng cannot read it.

@@ -6,6 +6,7 @@
 
 #include "model/thModelInfo.h"
 #include "support/VCppLib.h"
+#include "testutil/thMeshFixtures.h"
 #include "testutil/thTestUtil.h"
 
 namespace thTest {
@@ -56,14 +57,10 @@ std::string smallModelCdl(const SmallModelOptions& opt) {
   auto i = [](int v) { return std::to_string(v); };
   auto l = [](int64_t v) { return std::to_string(v); };
   std::ostringstream c;
-  c << "netcdf small {\n"
-    << "dimensions:\n"
+  c << "netcdf small {\ndimensions:\n"
     << "  time = UNLIMITED ;\n  nodes = 8 ;\n  elems = 4 ;\n  cells = 9 ;\n  layers = 3 ;\n"
-    << "  totNoElemNodes = 14 ;\n"
-    << "variables:\n"
-    << "  int64 time(time) ;\n"
-    << "    time:long_name = \"Time (seconds since 1970-01-01)\" ;\n"
-    << "    time:standard_name = \"time\" ;\n"
+    << "  totNoElemNodes = 14 ;\nvariables:\n  int64 time(time) ;\n"
+    << "    time:long_name = \"Time (seconds since 1970-01-01)\" ;\n    time:standard_name = \"time\" ;\n"
     << "    time:units = \"seconds since 1970-01-01 00:00:00\" ;\n"
     << "  double nodeXCoor(nodes) ;\n  double nodeYCoor(nodes) ;\n  int nodeType(nodes) ;\n"
     << "  int noElemNodes(elems) ;\n  double voronoiX(elems) ;\n  double voronoiY(elems) ;\n"
@@ -71,15 +68,11 @@ std::string smallModelCdl(const SmallModelOptions& opt) {
   if (opt.elemLayers) c << "  int elemlayers(elems) ;\n";
   c << "  int connectivity(totNoElemNodes) ;\n  double layerThickness(layers) ;\n";
   if (opt.items) c << "  float temp(time, cells) ;\n  float elev(time, elems) ;\n";
-  c << "\n  :fileType = \"Thalmod unstructured data file\" ;\n"
-    << "  :version = 8 ;\n"
-    << "  :layerType = " << opt.layerType << " ;\n"
-    << "  :flavor = 3 ;\n";
+  c << "\n  :fileType = \"Thalmod unstructured data file\" ;\n  :version = 8 ;\n"
+    << "  :layerType = " << opt.layerType << " ;\n  :flavor = 3 ;\n";
   if (opt.topDepthAtt) c << "  :topDepth = 0. ;\n";
-  c << "  :modeltype = 0 ;\n"
-    << "  :projection = \"UTM32\" ;\n"
-    << "  :nItem = " << (opt.items ? 2 : 0) << " ;\n"
-    << "data:\n";
+  c << "  :modeltype = 0 ;\n  :projection = \"UTM32\" ;\n"
+    << "  :nItem = " << (opt.items ? 2 : 0) << " ;\ndata:\n";
   if (!opt.times.empty()) c << "  time = " << join(opt.times, l) << " ;\n";
   c << "  nodeXCoor = " << join(M::x, d) << " ;\n"
     << "  nodeYCoor = " << join(M::y, d) << " ;\n"
@@ -110,31 +103,14 @@ void writeSmallModelNc(const std::string& ncPath, const SmallModelOptions& opt) 
   ncgen(smallModelCdl(opt), ncPath);
 }
 
-namespace {
-
-template <typename T>
-T* arr(const std::vector<T>& v) {
-  T* a = new T[v.size()];
-  std::copy(v.begin(), v.end(), a);
-  return a;
-}
-
-}  // namespace
-
 void buildSmallModel(thalmod::thModelInfo& mi) {
-  thalmod::thMesh2D& m = mi.mesh2d;
-  m.projection = "UTM32";
-  m.non = SmallModel::non;
-  m.nxCoor = arr(SmallModel::x);
-  m.nyCoor = arr(SmallModel::y);
-  m.nt = arr(SmallModel::nodeType);
-  m.noe = SmallModel::noe;
-  m.nonpe = arr(SmallModel::nonpe);
-  m.en = arr(SmallModel::en);
-  m.initMesh();
+  std::vector<std::vector<int32_t>> elems;
+  for (size_t e = 0, k = 0; e < SmallModel::nonpe.size(); k += SmallModel::nonpe[e++])
+    elems.emplace_back(SmallModel::en.begin() + k, SmallModel::en.begin() + k + SmallModel::nonpe[e]);
+  buildMesh(mi.mesh2d, SmallModel::x, SmallModel::y, SmallModel::nodeType, elems);
   mi.nol = SmallModel::nol;
-  mi.dz = arr(SmallModel::dz);
-  mi.elemBathy = arr(SmallModel::bathy);
+  mi.dz = newArray(SmallModel::dz);
+  mi.elemBathy = newArray(SmallModel::bathy);
   mi.initCells();
   mi.startDT = SmallModel::startDT;
   mi.dt = 3600.0;

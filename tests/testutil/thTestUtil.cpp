@@ -52,12 +52,12 @@ int runCommand(const std::string& cmd, std::string* out) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-void ncgen(const std::string& cdl, const std::string& ncPath) {
+void ncgen(const std::string& cdl, const std::string& ncPath, const std::string& kind) {
   std::string cdlPath = ncPath + ".cdl";
   writeText(cdlPath, cdl);
   std::string out;
-  int rc = runCommand(std::string(THAL_NCGEN) + " -k nc4 -o '" + ncPath + "' '" + cdlPath + "'", &out);
-  ASSERT_EQ(rc, 0) << "ncgen failed: " << out;
+  int rc = runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + ncPath + "' '" + cdlPath + "'", &out);
+  ASSERT_EQ(rc, 0) << "ncgen failed (" << kind << "): " << out;
 }
 
 std::string ncdump(const std::string& ncPath, const std::string& options) {

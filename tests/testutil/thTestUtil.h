@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -36,8 +38,9 @@ void putLE(std::vector<uint8_t>& out, T v) {
   out.insert(out.end(), p, p + sizeof(T));
 }
 
-// Writes a NetCDF-4 file from CDL text through ncgen; fails the test if ncgen fails.
-void ncgen(const std::string& cdl, const std::string& ncPath);
+// Writes a NetCDF file of the given kind ("nc4", "classic", "64-bit-offset", "cdf5") from CDL text
+// through ncgen; fails the test if ncgen fails.
+void ncgen(const std::string& cdl, const std::string& ncPath, const std::string& kind = "nc4");
 // ncdump's output of a file (with the given options, e.g. "-h" or "-v var").
 std::string ncdump(const std::string& ncPath, const std::string& options = "");
 // Runs a shell command, returning its exit status and (optionally) its standard output.
@@ -45,6 +48,38 @@ int runCommand(const std::string& cmd, std::string* out = nullptr);
 
 // Cuts a file down to its first `keep` bytes.
 void truncateFile(const std::string& path, size_t keep);
+
+// The first n entries of a plain array, for comparing with EXPECT_EQ.
+template <typename T>
+std::vector<T> arr(const T* p, int64_t n) {
+  return std::vector<T>(p, p + n);
+}
+
+// A new heap array holding v, for the library's fields that own raw arrays.
+template <typename T>
+T* newArray(const std::vector<T>& v) {
+  T* a = new T[v.size()];
+  std::copy(v.begin(), v.end(), a);
+  return a;
+}
+
+// The first n entries (none when n < 0) of an array handed to the caller, which is freed here.
+template <typename T>
+std::vector<T> take(T* p, int64_t n) {
+  std::vector<T> v(p, p + (n > 0 ? n : 0));
+  delete[] p;
+  return v;
+}
+
+// Success when both lists have the same length and every entry lies within tol of its counterpart.
+inline ::testing::AssertionResult near(const std::vector<double>& got, const std::vector<double>& want,
+                                       double tol = 1e-12) {
+  if (got.size() != want.size()) return ::testing::AssertionFailure() << got.size() << " entries";
+  for (size_t i = 0; i < want.size(); i++)
+    if (!(std::fabs(got[i] - want[i]) <= tol))
+      return ::testing::AssertionFailure() << "entry " << i << " is " << got[i] << ", not " << want[i];
+  return ::testing::AssertionSuccess();
+}
 
 }  // namespace thTest
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +31,13 @@ inline Result thal(const std::string& args) {
 }
 
 inline std::string quoted(const std::string& s) { return "'" + s + "'"; }
+
+// A point as --at takes it, to full precision.
+inline std::string point(double x, double y) {
+  char buf[80];
+  std::snprintf(buf, sizeof buf, "%.17g,%.17g", x, y);
+  return buf;
+}
 
 inline std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> v;

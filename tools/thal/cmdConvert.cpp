@@ -59,7 +59,8 @@ thalmod::fileFmtEnum targetFormat(const std::string& out) {
 // it will write, nor an old "^" file of an earlier output that is about to go.
 class InputGuard {
  public:
-  InputGuard(thResultFile& src, const std::string& in, const std::string& out) : in(in), out(out) {
+  InputGuard(thResultFile& src, const std::string& inName, const std::string& outName)
+      : in(inName), out(outName) {
     for (const std::string& f : physicalFiles(src)) inputs.insert(identity(f));
     if (identity(out) == identity(in))
       throw ToolError("The output '" + out + "' is the input file itself; give the converted file another name.");
@@ -146,12 +147,14 @@ int cmdConvert(const Args& args) {
   const std::string& in = args.positional[0];
   const std::string& out = args.positional[1];
   const thalmod::fileFmtEnum format = targetFormat(out);
-  auto src = openResult(in);
+  // Writing has no place in the facade: convert reads and writes through the library's own objects.
+  auto src = openNativeResult(in);
   if (!src->mInfo.isInit || src->itemNameVec.empty())
     throw ToolError("'" + in + "' holds no model run with items to convert; convert reads NC, EMB, RESTART and "
                     "DECOUPLED files.");
   const InputGuard guard(*src, in, out);
-  const int32_t steps = totalTimesteps(*src);
+  const bool goesOn = src->format == thalmod::EMB || src->format == thalmod::RESTART || src->format == thalmod::DECOUPLED;
+  const int32_t steps = goesOn ? src->getTotNoTimesteps() : src->mInfo.nt;  // "^" files included
 
   // Made on an empty name, so that the constructor reads nothing, and then named.
   auto w = std::make_unique<thResultFile>("", format);
@@ -176,7 +179,8 @@ int cmdConvert(const Args& args) {
     throw;
   }
   std::cout << "Wrote " << out << " (" << thalmod::fileFmtEnum2str(format) << "): " << src->itemNameVec.size()
-            << " items, " << timeAxisText(*src) << ", " << src->mInfo.mesh2d.noe << " elements, " << src->mInfo.nol
+            << " items, " << timeAxisText(steps, src->mInfo.ts2StrDT(0), src->mInfo.ts2StrDT(steps - 1))
+            << ", " << src->mInfo.mesh2d.noe << " elements, " << src->mInfo.nol
             << " layers.\n";
   if (format == thalmod::EMB && src->format == thalmod::NC)
     std::cout << "EMB holds coordinates, depths and layer thicknesses as float32: those of '" << in

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <iostream>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "support/VDT.h"
 #include "thalCommands.h"
@@ -13,26 +15,24 @@ namespace thTool {
 
 namespace {
 
-std::string num(double v) {
-  char buf[40];
-  std::snprintf(buf, sizeof buf, "%.10g", v);
-  return buf;
-}
-
-void printItems(thalmod::thResultFile& rf, std::ostream& out) {
+void printItems(const thResultFileWrapper& rf, std::ostream& out) {
   out << "Item kinds:\n";
-  for (size_t i = 0; i < rf.itemNameVec.size(); ++i) {
+  const std::vector<std::string> names = rf.items();
+  const std::vector<int32_t> lengths = rf.itemLengths();
+  for (size_t i = 0; i < names.size(); ++i) {
     ItemKind k = itemKind(rf, static_cast<int32_t>(i));
-    out << "\t" << rf.itemNameVec[i] << "\t" << itemKindName(k);
+    out << "\t" << names[i] << "\t" << itemKindName(k);
     // A table's lengths say how its lines are read, not how much a timestep holds.
-    if (k != ItemKind::column) out << "\t" << rf.itemLengthVec[i] << " values per timestep";
+    if (k != ItemKind::column) out << "\t" << lengths[i] << " values per timestep";
     out << "\n";
   }
 }
 
 // A table has no time axis: each block of lines carries its own time stamp. The blocks are read
-// through once to count them.
-void printTableTimes(thalmod::thResultFile& rf, std::ostream& out) {
+// through once to count them, line by line, which the facade does not offer: the library's own
+// object reads them.
+void printTableTimes(const std::string& path, std::ostream& out) {
+  auto rf = openNativeResult(path);
   int64_t first = 0, last = 0;
   int32_t blocks = 0;
   for (;;) {
@@ -40,12 +40,12 @@ void printTableTimes(thalmod::thResultFile& rf, std::ostream& out) {
     int32_t lines = 0;
     int64_t when = 0;
     try {
-      when = rf.readNextTimestep(&rows, &lines);
+      when = rf->readNextTimestep(&rows, &lines);
     } catch (const VCppLib::VException& e) {
-      readFailed(rf, "the lines of the table", e.message);
+      readFailed(*rf, "the lines of the table", e.message);
     }
     if (when == INT32_MAX) break;  // the end of the table
-    rf.freeTimestepData(rows);
+    rf->freeTimestepData(rows);
     if (blocks++ == 0) first = when;
     last = when;
   }
@@ -55,45 +55,50 @@ void printTableTimes(thalmod::thResultFile& rf, std::ostream& out) {
   out << "\n";
 }
 
-void printTimeAxis(thalmod::thResultFile& rf, std::ostream& out) {
-  if (isTextTable(rf)) return printTableTimes(rf, out);
+void printTimeAxis(thResultFileWrapper& rf, std::ostream& out) {
+  if (isTextTable(rf)) return printTableTimes(rf.filename(), out);
   out << "Time axis:\t" << timeAxisText(rf);
-  if (totalTimesteps(rf) > 1) out << ", every " << rf.mInfo.dt << " s";
+  if (rf.totNoTimesteps() > 1) out << ", every " << rf.mInfo->dt() << " s";
   out << "\n";
 }
 
-void printMesh(thalmod::thResultFile& rf, std::ostream& out) {
-  const thalmod::thMesh2D& g = rf.mInfo.mesh2d;
-  const thalmod::thModelInfo& m = rf.mInfo;
-  if (g.noe < 1 || g.non < 1 || !g.nonpe || !g.nxCoor || !g.nyCoor) {
+void printBoundaries(const thWrapper::thMesh2DWrapper& g, std::ostream& out) {
+  const std::vector<int32_t> ids = g.bndId(), faces = g.bndNoFaces();
+  out << "Open boundaries:\t" << ids.size();
+  for (size_t b = 0; b < ids.size(); ++b)
+    out << (b ? ", " : " (") << "number " << ids[b] << " with " << faces[b] << " faces"
+        << (b + 1 == ids.size() ? ")" : "");
+  out << "\n";
+}
+
+void printMesh(const thResultFileWrapper& rf, std::ostream& out) {
+  const thWrapper::thMesh2DWrapper& g = rf.mInfo->mesh2d;
+  const std::vector<int32_t> nonpe = g.nonpe();
+  const std::vector<double> nx = g.nxCoor(), ny = g.nyCoor();
+  if (g.noe() < 1 || g.non() < 1 || nonpe.empty() || nx.empty() || ny.empty()) {
     out << "Mesh:\tnone\n";  // a table, or a file that holds items alone
     return;
   }
-  int32_t tri = 0, quad = 0;
-  for (int32_t e = 0; e < g.noe; ++e) {
-    if (g.nonpe[e] == 3) ++tri;
-    if (g.nonpe[e] == 4) ++quad;
-  }
-  out << "Mesh:\t" << g.non << " nodes, " << g.noe << " elements (" << tri << " triangles, " << quad
+  const auto tri = std::count(nonpe.begin(), nonpe.end(), 3);
+  const auto quad = std::count(nonpe.begin(), nonpe.end(), 4);
+  const std::string projection = g.projection();
+  out << "Mesh:\t" << g.non() << " nodes, " << g.noe() << " elements (" << tri << " triangles, " << quad
       << " quadrilaterals";
-  if (tri + quad < g.noe) out << ", " << g.noe - tri - quad << " other polygons";
-  out << "), projection " << (g.projection.empty() ? "none" : g.projection) << "\n";
-  if (g.non > 0) {
-    auto [xLo, xHi] = std::minmax_element(g.nxCoor, g.nxCoor + g.non);
-    auto [yLo, yHi] = std::minmax_element(g.nyCoor, g.nyCoor + g.non);
-    out << "Extent:\tx " << num(*xLo) << " to " << num(*xHi) << ", y " << num(*yLo) << " to " << num(*yHi) << "\n";
-  }
-  if (m.isInit && g.noe > 0) {
-    auto [dLo, dHi] = std::minmax_element(m.elemBathy, m.elemBathy + g.noe);
+  if (tri + quad < g.noe()) out << ", " << g.noe() - tri - quad << " other polygons";
+  out << "), projection " << (projection.empty() ? "none" : projection) << "\n";
+  auto [xLo, xHi] = std::minmax_element(nx.begin(), nx.end());
+  auto [yLo, yHi] = std::minmax_element(ny.begin(), ny.end());
+  out << "Extent:\tx " << num(*xLo) << " to " << num(*xHi) << ", y " << num(*yLo) << " to " << num(*yHi)
+      << "\n";
+  const thWrapper::thModelInfoWrapper& m = *rf.mInfo;
+  const std::vector<double> depth = m.isInit() ? m.elemBathy() : std::vector<double>();
+  if (!depth.empty()) {
+    auto [dLo, dHi] = std::minmax_element(depth.begin(), depth.end());
     out << "Depth:\t" << num(*dLo) << " to " << num(*dHi) << " m\n";
-    out << "Layers:\t" << m.nol << " (0 at the bottom, " << m.nol - 1 << " at the surface), " << m.cells
+    out << "Layers:\t" << m.nol() << " (0 at the bottom, " << m.nol() - 1 << " at the surface), " << m.cells()
         << " cells\n";
   }
-  out << "Open boundaries:\t" << g.nBnd;
-  for (int32_t b = 0; b < g.nBnd; ++b)
-    out << (b ? ", " : " (") << "number " << g.bndId[b] << " with " << g.bndNoFaces[b] << " faces"
-        << (b + 1 == g.nBnd ? ")" : "");
-  out << "\n";
+  printBoundaries(g, out);
 }
 
 }  // namespace

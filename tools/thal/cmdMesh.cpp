@@ -38,12 +38,6 @@ const char* meshUsage =
     "thal mesh info MESH | convert IN OUT | optimise IN OUT [--passes N] [--tri-only] [--even F] | "
     "project IN OUT --to lonlat|utmNN | merge A B OUT  (each with [--projection P])";
 
-std::string num(double v) {
-  char buf[40];
-  std::snprintf(buf, sizeof buf, "%.10g", v);
-  return buf;
-}
-
 // Degrees to two decimals.
 std::string deg(double d) {
   char buf[40];

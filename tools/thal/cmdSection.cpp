@@ -10,10 +10,10 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <vector>
 
-#include "interp/VDraw.h"
 #include "thalCommands.h"
 #include "thalImage.h"
 #include "thalMap.h"
@@ -27,17 +27,8 @@ const char* sectionUsage =
     "thal section FILE --item NAME --line X1,Y1:X2,Y2[:...] --time T [--csv] [-o OUT.png] [--size WxH] "
     "[--range MIN:MAX] [--palette NAME]";
 
-constexpr int32_t colourSteps = 256;
 constexpr uint32_t seabedColour = 0xFFA89F8E;  // below the sea bed, as thal paint draws it
 constexpr int defaultMapHeight = 400;          // the section's own proportions are far too flat
-
-bool hasValue(double v) { return std::isfinite(v) && v != static_cast<double>(delVal); }
-
-std::string num(double v, int digits) {
-  char buf[40];
-  std::snprintf(buf, sizeof buf, "%.*g", digits, v);
-  return buf;
-}
 
 // "X1,Y1:X2,Y2:..." into the polyline's points.
 void parseLine(const std::string& text, std::vector<double>& x, std::vector<double>& y) {
@@ -55,30 +46,27 @@ void parseLine(const std::string& text, std::vector<double>& x, std::vector<doub
 
 // The section as the library gives it, and the cells along it.
 struct Section {
-  std::vector<int32_t> ise;                  // element of each stretch, -1 outside the mesh
-  std::vector<double> isd;                   // distance at the end of each stretch
-  std::unique_ptr<thalmod::thMesh2D> cells;  // one quadrilateral per crossed cell
-  std::vector<double> values;                // by quadrilateral
+  std::vector<int32_t> ise;                              // element of each stretch, -1 outside the mesh
+  std::vector<double> isd;                               // distance at the end of each stretch
+  std::unique_ptr<thWrapper::thMesh2DWrapper> cells;     // one quadrilateral per crossed cell
+  std::vector<double> values;                            // by quadrilateral
 };
 
-Section cutSection(thalmod::thResultFile& rf, int32_t item, int32_t ts, const std::string& lineText) {
+Section cutSection(thResultFileWrapper& rf, int32_t item, int32_t ts, const std::string& lineText) {
   std::vector<double> x, y;
   parseLine(lineText, x, y);
-  int32_t* rawE = nullptr;
-  double* rawD = nullptr;
-  int32_t k = 0;
+  std::vector<int32_t> e;
+  std::vector<double> d;
   try {
-    k = rf.mInfo.mesh2d.sectionIntersections(x.data(), y.data(), static_cast<int32_t>(x.size()), rawE, rawD);
+    rf.mInfo->mesh2d.sectionIntersections(x, y, e, d);
   } catch (const VCppLib::VException& ex) {  // the library cannot join lines that meet on a face
     throw ToolError("A point of the line " + lineText +
                     " lies on the edge between two elements; move it a little into one of them (" + ex.message + ").");
   }
-  std::unique_ptr<int32_t[]> e(rawE);
-  std::unique_ptr<double[]> d(rawD);
   Section s;
   // A line through a node crosses the elements around it over no length: they are left out, so
   // that every cell drawn has a width.
-  for (int32_t i = 0; i < k; ++i)
+  for (size_t i = 0; i < e.size(); ++i)
     if (d[i] > (s.isd.empty() ? 0.0 : s.isd.back())) {
       s.ise.push_back(e[i]);
       s.isd.push_back(d[i]);
@@ -87,75 +75,59 @@ Section cutSection(thalmod::thResultFile& rf, int32_t item, int32_t ts, const st
   for (int32_t el : s.ise)
     if (el >= 0) wet.push_back(el);
   if (wet.empty())  // outside the mesh, or a line of no length
-    throw ToolError("The line " + lineText + " runs through no part of the mesh of '" + rf.filename + "'.");
-  s.cells.reset(rf.mInfo.ise2VMesh(s.ise.data(), s.isd.data(), static_cast<int32_t>(s.ise.size()), nullptr));
-  double* raw = nullptr;
-  int32_t n = 0;
+    throw ToolError("The line " + lineText + " runs through no part of the mesh of '" + rf.filename() + "'.");
+  s.cells = std::make_unique<thWrapper::thMesh2DWrapper>(rf.mInfo->ise2VMesh(s.ise, s.isd));
+  const std::string what = "item '" + rf.items()[item] + "' at timestep " + std::to_string(ts);
+  std::optional<std::vector<double>> v;
   try {
-    n = rf.readItemData(item, ts, wet.data(), static_cast<int32_t>(wet.size()), &raw);
+    v = rf.readItemData(item, ts, wet);
   } catch (const VCppLib::VException& ex) {
-    readFailed(rf, "item '" + rf.itemNameVec[item] + "' at timestep " + std::to_string(ts), ex.message);
+    readFailed(rf, what, ex.message);
   }
-  std::unique_ptr<double[]> v(raw);
-  if (n != s.cells->noe)
-    throw ToolError("Cannot read item '" + rf.itemNameVec[item] + "' at timestep " + std::to_string(ts) + " of '" +
-                    rf.filename + "'.");
-  s.values.assign(v.get(), v.get() + n);
+  if (!v || static_cast<int32_t>(v->size()) != s.cells->noe())
+    throw ToolError("Cannot read " + what + " of '" + rf.filename() + "'.");
+  s.values = std::move(*v);
   return s;
 }
 
 // One line per crossed cell: stretch after stretch, each column from the surface down.
-void writeCsv(const thalmod::thResultFile& rf, int32_t item, const Section& s) {
-  const thalmod::thModelInfo& m = rf.mInfo;
+void writeCsv(const thResultFileWrapper& rf, int32_t item, const Section& s) {
+  const thWrapper::thModelInfoWrapper& m = *rf.mInfo;
+  const std::vector<int32_t> ebli = m.ebli(), bottomCell = m.botlayerIdx();
+  const std::vector<double> depth = m.cellDepth();
+  const int32_t nol = m.nol();
   std::ostringstream out;
-  out << "distance,element,layer,depth," << rf.itemNameVec[item] << "\n";
+  out << "distance,element,layer,depth," << rf.items()[item] << "\n";
   size_t first = 0;  // the element's first quadrilateral, its bottom cell
   for (size_t c = 0; c < s.ise.size(); ++c) {
     const int32_t e = s.ise[c];
     if (e < 0) continue;
     const double mid = 0.5 * ((c == 0 ? 0.0 : s.isd[c - 1]) + s.isd[c]);  // the middle of the stretch
-    for (int32_t l = m.nol - 1; l >= m.ebli[e]; --l) {
-      const double v = s.values[first + l - m.ebli[e]];
-      out << num(mid, 10) << "," << e << "," << l << "," << num(m.cellDepth[m.botlayerIdx[e] + l - m.ebli[e]], 7) << ","
+    for (int32_t l = nol - 1; l >= ebli[e]; --l) {
+      const double v = s.values[first + l - ebli[e]];
+      out << num(mid, 10) << "," << e << "," << l << "," << num(depth[bottomCell[e] + l - ebli[e]], 7) << ","
           << (hasValue(v) ? num(v, 7) : "") << "\n";
     }
-    first += m.nol - m.ebli[e];
+    first += nol - ebli[e];
   }
   std::cout << out.str();
 }
 
-void colourRange(const Args& args, const Section& s, const std::string& itemName, double& lo, double& hi) {
-  if (args.has("--range")) {
-    parseRange(args.required("--range"), lo, hi);
-    return;
-  }
-  lo = INFINITY;
-  hi = -INFINITY;
-  for (double v : s.values)
-    if (hasValue(v)) {
-      lo = std::min(lo, v);
-      hi = std::max(hi, v);
-    }
-  if (!(lo <= hi)) throw ToolError("Item '" + itemName + "' has no values along the line.");
-  if (!(lo < hi)) {  // a uniform field still needs a scale
-    lo -= 0.5;
-    hi += 0.5;
-  }
-}
-
 // Distance along the line to the right, height up; every pixel is one crossed cell's colour,
 // the sea bed of the element under it, or land where the line runs outside the mesh.
-Image paintSection(const thalmod::thModelInfo& m, const Section& s, int w, int h, const std::vector<int32_t>& colours,
-                   double lo, double hi) {
-  const thalmod::thMesh2D& g = *s.cells;
+Image paintSection(const thWrapper::thModelInfoWrapper& m, const Section& s, int w, int h,
+                   const std::vector<int32_t>& colours, double lo, double hi) {
+  const thWrapper::thMesh2DWrapper& g = *s.cells;
+  const std::vector<double> ny = g.nyCoor(), ex = g.enxCoor(), ey = g.enyCoor(), bathy = m.elemBathy();
+  const std::vector<int32_t> nonpe = g.nonpe();
   MapFrame f;
   f.nx = w;
   f.ny = h;
   f.xmin = 0.0;
   f.xmax = s.isd.back();
-  f.ymin = *std::min_element(g.nyCoor, g.nyCoor + g.non);
-  f.ymax = *std::max_element(g.nyCoor, g.nyCoor + g.non);
-  const std::vector<int32_t> owner = polygonsOnPixels(f, g.noe, g.nonpe, g.enxCoor, g.enyCoor);
+  f.ymin = *std::min_element(ny.begin(), ny.end());
+  f.ymax = *std::max_element(ny.begin(), ny.end());
+  const std::vector<int32_t> owner = polygonsOnPixels(f, g.noe(), nonpe.data(), ex.data(), ey.data());
   Image img(w, h + legendHeight, legendBackground);
   for (int32_t col = 0; col < w; ++col) {
     const size_t c =
@@ -163,7 +135,7 @@ Image paintSection(const thalmod::thModelInfo& m, const Section& s, int w, int h
     const int32_t e = s.ise[c];
     for (int32_t row = 0; row < h; ++row) {
       const int32_t q = owner[static_cast<size_t>(row) * w + col];
-      const bool water = e >= 0 && -f.pixelY(row) <= m.elemBathy[e];
+      const bool water = e >= 0 && -f.pixelY(row) <= bathy[e];
       const bool value = water && q >= 0 && hasValue(s.values[q]);  // a cell, and not a deleted value
       const double t = value ? (s.values[q] - lo) / (hi - lo) * colourSteps : 0.0;
       img.at(col, row) =
@@ -194,20 +166,15 @@ int cmdSection(int argc, char** argv) {
   if (!csv && !args.has("-o")) throw ToolError("'thal section' needs --csv or -o OUT.png.");
   auto rf = openResult(args.positional[0]);
   if (isTextTable(*rf))
-    throw ToolError("'" + rf->filename + "' is a table without a mesh; a section needs a 3-D item of a result file.");
+    throw ToolError("'" + rf->filename() + "' is a table without a mesh; a section needs a 3-D item of a result file.");
   const int32_t item = findItem(*rf, args.required("--item"));
-  const std::string& name = rf->itemNameVec[item];
+  const std::string name = rf->items()[item];
   const ItemKind kind = itemKind(*rf, item);
   if (kind != ItemKind::item3D)
     throw ToolError("Item '" + name + "' is a " + itemKindName(kind) + " item; a section needs a 3-D item.");
   const int32_t ts = parseTime(*rf, args.required("--time"));
   std::vector<int32_t> colours;
-  if (args.has("-o")) {  // a wrong palette is told before the reading starts
-    std::vector<int32_t> controls = paletteControls(args.get("--palette", "turbo"));
-    std::unique_ptr<int32_t[]> ramp(
-        VCppLib::VDraw::colourRamp(controls.data(), static_cast<int32_t>(controls.size()), colourSteps));
-    colours.assign(ramp.get(), ramp.get() + colourSteps);
-  }
+  if (args.has("-o")) colours = colourTable(args.get("--palette", "turbo"));  // a wrong palette is told first
   const Section s = cutSection(*rf, item, ts, args.required("--line"));
   if (csv) writeCsv(*rf, item, s);
   if (!args.has("-o")) return 0;
@@ -215,14 +182,14 @@ int cmdSection(int argc, char** argv) {
   mapSize(args, w, h);
   if (h == 0) h = defaultMapHeight;
   double lo, hi;
-  colourRange(args, s, name, lo, hi);
-  const Image img = paintSection(rf->mInfo, s, w, h, colours, lo, hi);
+  colourRange(args, s.values, "Item '" + name + "' has no values along the line.", lo, hi);
+  const Image img = paintSection(*rf->mInfo, s, w, h, colours, lo, hi);
   const std::string outPath = args.required("-o");
   writePng(outPath, img);
   // The message goes to standard error when the CSV holds standard output.
   (csv ? std::cerr : std::cout) << "Wrote " << outPath << " (" << img.width << "x" << img.height << " pixels): " << name
-                                << ", section of " << num(s.isd.back(), 7) << " through " << s.cells->noe << " cells, "
-                                << rf->mInfo.ts2StrDT(ts) << ", colours from " << legendNumber(lo) << " to "
+                                << ", section of " << num(s.isd.back(), 7) << " through " << s.cells->noe() << " cells, "
+                                << rf->mInfo->ts2StrDT(ts) << ", colours from " << legendNumber(lo) << " to "
                                 << legendNumber(hi) << ".\n";
   return 0;
 }

@@ -39,6 +39,8 @@ const char* usageText =
     "  thal convert IN OUT\n"
     "      rewrites a result file as NC or EMB, by OUT's extension (.nc, .emb): every item and\n"
     "      timestep, the time axis and the model description with its mesh\n"
+    "  thal export-ugrid RUN OUT.nc\n"
+    "      the whole run as a NetCDF-4 file of the UGRID 1.0 conventions (for xarray and the like)\n"
     "  thal sample DIR\n"
     "      writes a sample model run (fjord.nc) and its bathymetry (fjord_bathy.nc) into DIR\n"
     "  thal mesh info MESH\n"
@@ -73,6 +75,7 @@ const Command commands[] = {
     {"profile", {"--item", "--at", "--time"}, thTool::cmdProfile},
     {"sample", {}, thTool::cmdSample},
     {"convert", {}, thTool::cmdConvert},
+    {"export-ugrid", {}, thTool::cmdExportUgrid},
 };
 
 // One line, whatever the message holds.

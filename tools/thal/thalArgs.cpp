@@ -1,6 +1,7 @@
 #include "thalArgs.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cmath>
 #include <cstdlib>
 
@@ -85,6 +86,12 @@ void parseRange(const std::string& text, double& lo, double& hi) {
   lo = parseDouble(text.substr(0, sep), "range minimum");
   hi = parseDouble(text.substr(sep + 1), "range maximum");
   if (!(lo < hi)) throw ToolError("The range '" + text + "' needs MIN below MAX.");
+}
+
+std::string num(double v, int digits) {
+  char buf[40];
+  std::snprintf(buf, sizeof buf, "%.*g", digits, v);
+  return buf;
 }
 
 }  // namespace thTool

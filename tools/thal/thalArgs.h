@@ -45,4 +45,7 @@ void parseSize(const std::string& text, int& w, int& h);
 // "MIN:MAX" into two numbers with MIN < MAX.
 void parseRange(const std::string& text, double& lo, double& hi);
 
+// A number in at most `digits` significant digits, for reports and CSV ("%.*g").
+std::string num(double v, int digits = 10);
+
 }  // namespace thTool
