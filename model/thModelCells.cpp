@@ -253,9 +253,8 @@ void thModelInfo::cellTables() const {
   if (!isInit || cell2elem != nullptr) return;
   // The tables are a cache of what the columns already fix: building them changes nothing that
   // the object describes, so a reader holding a const model may have them built.
-  thModelInfo& self = const_cast<thModelInfo&>(*this);
-  self.ownCells();  // a member-wise copy gets cells of its own before arrays are added to it
-  if (self.cell2elem == nullptr) self.buildTables();
+  // Arrays that a member-wise copy adds here are its own (VArrayShare), never its source's.
+  const_cast<thModelInfo&>(*this).buildTables();
 }
 
 // Steps 6 (rows), 9 (rows), 11 to 14: the tables that the columns fix.

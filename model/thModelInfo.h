@@ -202,8 +202,6 @@ class thModelInfo {
   void updateTopCellVol();
   // Refuses (layer type, cells, mesh changed since initCells, h missing) before anything changes.
   void checkThicknessRows(const std::string& fn, const double* h) const;
-  // Nothing to do any more: arrays added to a member-wise copy are its own (VArrayShare).
-  void ownCells() {}
 
   // Boundaries and adjacent cells (model/thModelBoundary.cpp).
   // A new model, owned by the caller, of the strip of quadrilaterals along open boundary index
