@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <initializer_list>
 #include <utility>

@@ -53,24 +53,36 @@ void facadeReads(const std::string& fn) {
   thalmod::thResultFile native(fn, -1);
   int32_t elem = native.mInfo.mesh2d.noe / 2, top = native.mInfo.nol - 1;
   fw.readLayer(0, 0, 999);  // warm pages
-  report("readLayer (top cells)", best(5, [&] { fw.readLayer(0, 1, 999); }, [&] {
-           double* d = nullptr;
-           native.readLayer(0, 1, 999, &d);
-           delete[] d;
-         }), 1.1, "native");
-  report("readTimeSeries (one surface cell)", best(5, [&] { fw.readTimeSeries(0, elem, top); }, [&] {
-           double* d = nullptr;
-           native.readTimeSeries(0, elem, top, &d, 0, native.mInfo.nt);
-           delete[] d;
-         }), 1.1, "native");
+  report("readLayer (top cells)",
+         best(
+             5, [&] { fw.readLayer(0, 1, 999); },
+             [&] {
+               double* d = nullptr;
+               native.readLayer(0, 1, 999, &d);
+               delete[] d;
+             }),
+         1.1, "native");
+  report("readTimeSeries (one surface cell)",
+         best(
+             5, [&] { fw.readTimeSeries(0, elem, top); },
+             [&] {
+               double* d = nullptr;
+               native.readTimeSeries(0, elem, top, &d, 0, native.mInfo.nt);
+               delete[] d;
+             }),
+         1.1, "native");
   std::vector<double> x = {100, 9000}, y = {100, 8000}, z = {1, 5, 10, 20}, d, v, xc, yc;
   report("extractSectionCart (100 m steps, 4 depths)",
-         best(5, [&] { fw.extractSectionCart(0, 1, x, y, z, 100, d, v, xc, yc); }, [&] {
-           double *pd, *pv, *px, *py;
-           int32_t nd, nv;
-           native.extractSectionCart(0, 1, x.data(), y.data(), 2, z.data(), 4, 100, &pd, &nd, &pv, &nv, &px, &py);
-           thalmod::thResultFile::extractSectionCartFreeMem(pd, pv, px, py);
-         }), 1.1, "native");
+         best(
+             5, [&] { fw.extractSectionCart(0, 1, x, y, z, 100, d, v, xc, yc); },
+             [&] {
+               double *pd, *pv, *px, *py;
+               int32_t nd, nv;
+               native.extractSectionCart(0, 1, x.data(), y.data(), 2, z.data(), 4, 100, &pd, &nd, &pv, &nv,
+                                         &px, &py);
+               thalmod::thResultFile::extractSectionCartFreeMem(pd, pv, px, py);
+             }),
+         1.1, "native");
 }
 
 void interpolators() {
@@ -83,14 +95,19 @@ void interpolators() {
   };
   for (int i = 0; i < n; ++i) x[i] = 1e4 * rnd(), y[i] = 1e4 * rnd();
   for (int i = 0; i < nt; ++i) tx[i] = 1e4 * rnd(), ty[i] = 1e4 * rnd();
-  report("VInterpol::init2D, 100000 targets of 1e6", best(3, [&] {
-           VCppLib::VInterpol vi;
-           vi.init2D(x.data(), y.data(), n, tx.data(), ty.data(), nt, VCppLib::vinterpolIDW);
-         }, [&] {
-           VCppLib::Vkdtree tree(x.data(), y.data(), n);
-           int32_t out[3];
-           for (int i = 0; i < nt; ++i) tree.nearest3(tx[i], ty[i], out);
-         }), 2.0, "k-d tree");
+  report("VInterpol::init2D, 100000 targets of 1e6",
+         best(
+             3,
+             [&] {
+               VCppLib::VInterpol vi;
+               vi.init2D(x.data(), y.data(), n, tx.data(), ty.data(), nt, VCppLib::vinterpolIDW);
+             },
+             [&] {
+               VCppLib::Vkdtree tree(x.data(), y.data(), n);
+               int32_t out[3];
+               for (int i = 0; i < nt; ++i) tree.nearest3(tx[i], ty[i], out);
+             }),
+         2.0, "k-d tree");
   double secs = 0;
   int size = 100;
   for (; size <= 1600 && secs < 0.5; size *= 2) {

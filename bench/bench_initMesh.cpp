@@ -17,7 +17,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-double seconds(Clock::time_point a, Clock::time_point b) { return std::chrono::duration<double>(b - a).count(); }
+double seconds(Clock::time_point a, Clock::time_point b) {
+  return std::chrono::duration<double>(b - a).count();
+}
 
 // A jittered grid of nx by ny cells, each split into two triangles: 2 nx ny elements.
 void fillMesh(thalmod::thMesh2D& m, int32_t nx, int32_t ny) {
@@ -86,14 +88,15 @@ double timeInitMesh(int32_t nx, int32_t ny, double& baseline) {
 
 int main() {
   double baseSmall = 0, baseLarge = 0;
-  const double small = timeInitMesh(250, 500, baseSmall);  // 250,000 elements
+  const double small = timeInitMesh(250, 500, baseSmall);   // 250,000 elements
   const double large = timeInitMesh(500, 1000, baseLarge);  // 1,000,000 elements
   rusage ru{};
   getrusage(RUSAGE_SELF, &ru);
   std::printf("initMesh, 1,000,000 triangles: %.3f s; baseline (element areas) %.4f s; ratio %.1f\n", large,
               baseLarge, large / baseLarge);
-  std::printf("initMesh, 250,000 triangles: ratio %.1f; time per element, large/small: %.2f (1.0 is linear)\n",
-              small / baseSmall, (large / 1.0e6) / (small / 2.5e5));
+  std::printf(
+      "initMesh, 250,000 triangles: ratio %.1f; time per element, large/small: %.2f (1.0 is linear)\n",
+      small / baseSmall, (large / 1.0e6) / (small / 2.5e5));
   std::printf("peak resident size: %.1f MB, %.0f bytes per element\n", ru.ru_maxrss / 1024.0,
               ru.ru_maxrss * 1024.0 / 1.0e6);
   return 0;

@@ -83,7 +83,8 @@ bool runPython(const std::string& python, const std::string& dir, Baseline& b) {
   const int status = pclose(p);
   if (status != 0 || std::sscanf(text.c_str(), "build %lf query %lf", &b.build, &b.query) != 2) {
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-    b.why += (b.why.empty() ? "" : "; ") + python + ": " + (text.empty() ? "did not run (status " + std::to_string(status) + ")" : text);
+    b.why += (b.why.empty() ? "" : "; ") + python + ": " +
+             (text.empty() ? "did not run (status " + std::to_string(status) + ")" : text);
     return false;
   }
   b.idx.resize(kQueries);
@@ -127,9 +128,8 @@ int main() {
   for (int32_t i = 0; i < kPoints; ++i) x[i] = pts[2 * i], y[i] = pts[2 * i + 1];
 
   std::vector<std::unique_ptr<Vkdtree>> trees;  // freed after the timing
-  const double build = bestSeconds(kRepeats, [&] {
-    trees.push_back(std::make_unique<Vkdtree>(x.data(), y.data(), kPoints));
-  });
+  const double build =
+      bestSeconds(kRepeats, [&] { trees.push_back(std::make_unique<Vkdtree>(x.data(), y.data(), kPoints)); });
   Vkdtree* tree = trees.back().get();
   std::vector<int32_t> found(kQueries), out3(3);
   const double query = bestSeconds(kRepeats, [&] {
@@ -149,8 +149,7 @@ int main() {
   });
   trees.clear();
 
-  std::printf("Vkdtree, %d points, %d queries (CPU seconds, best of %d)\n", kPoints, kQueries,
-              kRepeats);
+  std::printf("Vkdtree, %d points, %d queries (CPU seconds, best of %d)\n", kPoints, kQueries, kRepeats);
   std::printf("  build                      %8.3f s\n", build);
   std::printf("  nearestExact queries       %8.3f s\n", query);
   std::printf("  nearest3 queries           %8.3f s   (checksum %lld)\n", query3,

@@ -36,7 +36,9 @@ Run measure(int64_t elements) {
   // the first run computes the Voronoi points, later runs test them: the faster of the two
   r.initMesh = bench::seconds([&] { m.initMesh(); });
   r.initMesh = std::min(r.initMesh, bench::seconds([&] { m.initMesh(); }));
-  auto op = [&r](const std::string& name, const std::function<void()>& f) { r.ops.emplace_back(name, bench::seconds(f)); };
+  auto op = [&r](const std::string& name, const std::function<void()>& f) {
+    r.ops.emplace_back(name, bench::seconds(f));
+  };
   // a mover can run again on its own result at the same cost: the best of three calls
   auto mover = [&r](const std::string& name, const std::function<void()>& f) {
     r.ops.emplace_back(name, std::min({bench::seconds(f), bench::seconds(f), bench::seconds(f)}));
@@ -76,7 +78,8 @@ Run best(int64_t elements, int rounds) {
 int main() {
   const Run small = best(100000, 3);
   const Run large = best(1000000, 2);
-  std::printf("Mesh of %d elements (half quadrilaterals, half triangles); initMesh %.3f s.\n", large.noe, large.initMesh);
+  std::printf("Mesh of %d elements (half quadrilaterals, half triangles); initMesh %.3f s.\n", large.noe,
+              large.initMesh);
   std::printf("%-44s %10s %12s %12s\n", "operation", "seconds", "x initMesh", "1M / 100k");
   for (size_t i = 0; i < large.ops.size(); i++) {
     const double t = large.ops[i].second, ts = small.ops[i].second;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <random>
 #include <ctime>
+#include <random>
 #include <vector>
 
 #include "benchModel.h"
@@ -21,8 +21,8 @@ constexpr int32_t kNx = 1920, kNy = 1080;
 
 void report(const char* what, double seconds, double floor) {
   const double pixels = static_cast<double>(kNx) * kNy;
-  std::printf("%-46s %9.2f ms %12.3g pixels/s %9.1f x floor\n", what, seconds * 1e3,
-              pixels / seconds, seconds / floor);
+  std::printf("%-46s %9.2f ms %12.3g pixels/s %9.1f x floor\n", what, seconds * 1e3, pixels / seconds,
+              seconds / floor);
 }
 
 }  // namespace
@@ -51,12 +51,11 @@ int main() {
     v[k] = uv(gen);
   }
   const double radii[] = {-1.0, 1.0, 3.0};
-  const char* names[] = {"points, default radius (6 px)", "points, radius 1 px",
-                         "points, radius 3 px"};
+  const char* names[] = {"points, default radius (6 px)", "points, radius 1 px", "points, radius 3 px"};
   for (int k = 0; k < 3; ++k) {
     const double t = bestSeconds(3, [&] {
-      VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), n, bmp, kNx, kNy, 64, 0, kNx, 0,
-                                  kNy, 0, 100, cols, 3, radii[k]);
+      VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), n, bmp, kNx, kNy, 64, 0, kNx, 0, kNy, 0, 100,
+                                  cols, 3, radii[k]);
     });
     report(names[k], t, floor);
   }
@@ -77,15 +76,13 @@ int main() {
   const double ps[] = {2.0, 1.5};
   const char* gridNames[] = {"grid 4000x4000, scale of 64 steps, p 2", "grid 4000x4000, scale, p 1.5"};
   for (int k = 0; k < 2; ++k) {
-    const double t = bestSeconds(3, [&] {
-      VDraw::interpOnBitmap(grid, bmp, kNx, kNy, 64, 0, kNx, 0, kNy, 0, 100, cols, 3, ps[k]);
-    });
+    const double t = bestSeconds(
+        3, [&] { VDraw::interpOnBitmap(grid, bmp, kNx, kNy, 64, 0, kNx, 0, kNy, 0, 100, cols, 3, ps[k]); });
     report(gridNames[k], t, floor);
   }
   const double brk[9] = {10, 20, 30, 40, 50, 60, 70, 80, 90};
-  const double t = bestSeconds(3, [&] {
-    VDraw::interpOnBitmap(grid, bmp, kNx, kNy, 0, kNx, 0, kNy, brk, 9, cols, 3, 2.0);
-  });
+  const double t = bestSeconds(
+      3, [&] { VDraw::interpOnBitmap(grid, bmp, kNx, kNy, 0, kNx, 0, kNy, brk, 9, cols, 3, 2.0); });
   report("grid 4000x4000, 9 breaks, p 2", t, floor);
   return 0;
 }

@@ -84,7 +84,8 @@ struct Baseline {
   std::vector<int32_t> found;
 };
 
-Baseline runMatplotlib(const thalmod::thMesh2D& m, const std::vector<double>& qx, const std::vector<double>& qy) {
+Baseline runMatplotlib(const thalmod::thMesh2D& m, const std::vector<double>& qx,
+                       const std::vector<double>& qy) {
   Baseline b;
   char tmpl[] = "/tmp/bench_pointElem.XXXXXX";
   if (mkdtemp(tmpl) == nullptr) {
@@ -93,7 +94,9 @@ Baseline runMatplotlib(const thalmod::thMesh2D& m, const std::vector<double>& qx
   }
   const std::string dir = tmpl;
   std::ofstream(dir + "/finder.py") << kScript;
-  auto put = [](std::ofstream& f, const auto* p, size_t n) { f.write(reinterpret_cast<const char*>(p), n * sizeof(*p)); };
+  auto put = [](std::ofstream& f, const auto* p, size_t n) {
+    f.write(reinterpret_cast<const char*>(p), n * sizeof(*p));
+  };
   {
     std::ofstream f(dir + "/nodes.bin", std::ios::binary);
     put(f, m.nxCoor, m.non);
@@ -106,9 +109,9 @@ Baseline runMatplotlib(const thalmod::thMesh2D& m, const std::vector<double>& qx
   }
   // Debian's python3-matplotlib lives with /usr/bin/python3, which another python3 on PATH may hide.
   for (const char* python : {"/usr/bin/python3", "python3"}) {
-    const std::string cmd = std::string(python) + " " + dir + "/finder.py " + dir + " " + std::to_string(m.non) +
-                            " " + std::to_string(m.noe) + " " + std::to_string(kQueries) + " " +
-                            std::to_string(kRepeats) + " 2>&1";
+    const std::string cmd = std::string(python) + " " + dir + "/finder.py " + dir + " " +
+                            std::to_string(m.non) + " " + std::to_string(m.noe) + " " +
+                            std::to_string(kQueries) + " " + std::to_string(kRepeats) + " 2>&1";
     FILE* p = popen(cmd.c_str(), "r");
     std::string text;
     char buf[512];
@@ -116,7 +119,8 @@ Baseline runMatplotlib(const thalmod::thMesh2D& m, const std::vector<double>& qx
     const int status = p != nullptr ? pclose(p) : -1;
     if (status == 0 && std::sscanf(text.c_str(), "build %lf query %lf", &b.build, &b.query) == 2) {
       b.found.resize(kQueries);
-      std::ifstream(dir + "/found.bin", std::ios::binary).read(reinterpret_cast<char*>(b.found.data()), kQueries * 4);
+      std::ifstream(dir + "/found.bin", std::ios::binary)
+          .read(reinterpret_cast<char*>(b.found.data()), kQueries * 4);
       b.ok = true;
       break;
     }
@@ -132,12 +136,14 @@ void lines(const thalmod::thMesh2D& m, std::mt19937_64& gen) {
   constexpr int32_t kLines = 1000, kSample = 10;
   std::uniform_real_distribution<double> u(0.0, 7070.0), d(-500.0, 500.0);
   std::vector<double> c(4 * kLines);
-  for (int32_t i = 0; i < kLines; i++) c[4 * i] = u(gen), c[4 * i + 1] = u(gen), c[4 * i + 2] = d(gen), c[4 * i + 3] = d(gen);
+  for (int32_t i = 0; i < kLines; i++)
+    c[4 * i] = u(gen), c[4 * i + 1] = u(gen), c[4 * i + 2] = d(gen), c[4 * i + 3] = d(gen);
   auto run = [&](int32_t i, bool scan, std::vector<int32_t>& ise) {
     int32_t* e = nullptr;
     double* s = nullptr;
     const double x0 = c[4 * i], y0 = c[4 * i + 1], x1 = x0 + c[4 * i + 2], y1 = y0 + c[4 * i + 3];
-    const int32_t k = scan ? m.lineIntersectionsScan(x0, y0, x1, y1, e, s) : m.lineIntersections(x0, y0, x1, y1, e, s);
+    const int32_t k =
+        scan ? m.lineIntersectionsScan(x0, y0, x1, y1, e, s) : m.lineIntersections(x0, y0, x1, y1, e, s);
     ise.assign(e, e + std::max(k, 0));
     delete[] e;
     delete[] s;
@@ -150,10 +156,11 @@ void lines(const thalmod::thMesh2D& m, std::mt19937_64& gen) {
   int32_t differ = 0;
   for (int32_t i = 0; i < kSample; i++) run(i, true, a), run(i, false, b), differ += a != b;
   const double scan = (cpuSeconds() - t1) / kSample, index = (t1 - t0) / kLines;
-  std::printf("lineIntersections, %d lines (%lld stretches; face index built in the first): %.3f ms per line\n", kLines,
-              static_cast<long long>(crossed), index * 1e3);
-  std::printf("  plain scan, %d lines: %.1f ms per line; ratio scan/index %.0f; lines differing %d\n", kSample,
-              scan * 1e3, scan / index, differ);
+  std::printf(
+      "lineIntersections, %d lines (%lld stretches; face index built in the first): %.3f ms per line\n",
+      kLines, static_cast<long long>(crossed), index * 1e3);
+  std::printf("  plain scan, %d lines: %.1f ms per line; ratio scan/index %.0f; lines differing %d\n",
+              kSample, scan * 1e3, scan / index, differ);
 }
 
 }  // namespace
@@ -187,8 +194,8 @@ int main() {
   std::printf("pointElem, %d triangles, %d queries (CPU seconds, best of %d)\n", m.noe, kQueries, kRepeats);
   std::printf("  index build                %8.3f s\n", build);
   std::printf("  queries                    %8.3f s   (%.3f us per query)\n", query, perQuery * 1e6);
-  std::printf("plain scan, %d of the queries: %.3f ms per query; ratio scan/index per query %.0f\n", kScanSample,
-              scan * 1e3, scan / perQuery);
+  std::printf("plain scan, %d of the queries: %.3f ms per query; ratio scan/index per query %.0f\n",
+              kScanSample, scan * 1e3, scan / perQuery);
   std::printf("answers differing from the scan's: %d of %d\n", differ, kScanSample);
   lines(m, gen);
   const Baseline b = runMatplotlib(m, qx, qy);
@@ -203,7 +210,9 @@ int main() {
   std::printf("  Triangulation + finder     %8.3f s\n", b.build);
   std::printf("  queries                    %8.3f s\n", b.query);
   const double ratio = (b.build + b.query) / (build + query);
-  std::printf("build + queries: matplotlib/index %.1f (target >= 20) %s\n", ratio, ratio >= 20 ? "met" : "NOT MET");
-  std::printf("answers differing from matplotlib's: %d of %d (points on edges may go either way)\n", other, kQueries);
+  std::printf("build + queries: matplotlib/index %.1f (target >= 20) %s\n", ratio,
+              ratio >= 20 ? "met" : "NOT MET");
+  std::printf("answers differing from matplotlib's: %d of %d (points on edges may go either way)\n", other,
+              kQueries);
   return 0;
 }

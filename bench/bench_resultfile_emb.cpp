@@ -52,8 +52,8 @@ void writeRun(const std::string& fn, const std::string& bareFn, int n, int nt) {
   thResultFile w(fn, EMB);
   double tb = seconds([&] { buildModel(w.mInfo, n); });
   const int32_t cells = w.mInfo.cells, noe = w.mInfo.mesh2d.noe;
-  std::printf("model: %d elements, %d nodes, %d layers, %d cells (set up in %.2f s)\n", noe, w.mInfo.mesh2d.non,
-              w.mInfo.nol, cells, tb);
+  std::printf("model: %d elements, %d nodes, %d layers, %d cells (set up in %.2f s)\n", noe,
+              w.mInfo.mesh2d.non, w.mInfo.nol, cells, tb);
   w.mInfo.nt = nt;
   w.addItem("temp", cells);
   w.addItem("elev", noe);
@@ -94,24 +94,31 @@ void timeReads(const std::string& fn, int nt) {
   warm(fn);
   thResultFile rf(fn, EMB);
   const int32_t cells = rf.mInfo.cells, noe = rf.mInfo.mesh2d.noe, nol = rf.mInfo.nol;
-  const int64_t block = rf.getItemOffset(0), stepLen = rf.getItemOffset(static_cast<int32_t>(rf.itemNameVec.size()));
+  const int64_t block = rf.getItemOffset(0),
+                stepLen = rf.getItemOffset(static_cast<int32_t>(rf.itemNameVec.size()));
   std::vector<float> all(cells), layer(noe);
   int t = 0;
   // One timestep's block of the 3-D item, as a program of its own would read it.
   auto bareRead = [&] {
     const int64_t pos = rf.headerLen + 4 * (block + (t++ % nt) * stepLen);
     FILE* f = std::fopen(fn.c_str(), "rb");
-    if (!f || fseeko(f, pos, SEEK_SET) != 0 || std::fread(all.data(), 4, all.size(), f) != all.size()) die(fn);
+    if (!f || fseeko(f, pos, SEEK_SET) != 0 || std::fread(all.data(), 4, all.size(), f) != all.size())
+      die(fn);
     std::fclose(f);
   };
   for (int32_t l : {999, nol - 1}) {
-    auto lay = best(8, [&] {
-      float* p = layer.data();
-      rf.readLayer(0, t++ % nt, l, &p);
-    }, bareRead);
-    report(l == 999 ? "readLayer, top cells (999)" : "readLayer, surface layer (nol-1)", lay, 1.5, "bare stdio");
+    auto lay = best(
+        8,
+        [&] {
+          float* p = layer.data();
+          rf.readLayer(0, t++ % nt, l, &p);
+        },
+        bareRead);
+    report(l == 999 ? "readLayer, top cells (999)" : "readLayer, surface layer (nol-1)", lay, 1.5,
+           "bare stdio");
   }
-  auto item = best(8, [&] { rf.readItemData(0, t++ % nt, all.data()); }, bareRead);
+  auto item = best(
+      8, [&] { rf.readItemData(0, t++ % nt, all.data()); }, bareRead);
   report("readItemData, one timestep of the 3-D item", item, 1.1, "bare stdio");
 }
 

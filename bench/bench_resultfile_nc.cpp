@@ -81,9 +81,12 @@ int main() {
         len *= l;
       }
       std::unique_ptr<T[]> buf(new T[len > 0 ? len : 1]);
-      if constexpr (std::is_same_v<T, double>) check(nc_get_var_double(id, v, buf.get()), name);
-      else if constexpr (std::is_same_v<T, int>) check(nc_get_var_int(id, v, buf.get()), name);
-      else check(nc_get_var_longlong(id, v, buf.get()), name);
+      if constexpr (std::is_same_v<T, double>)
+        check(nc_get_var_double(id, v, buf.get()), name);
+      else if constexpr (std::is_same_v<T, int>)
+        check(nc_get_var_int(id, v, buf.get()), name);
+      else
+        check(nc_get_var_longlong(id, v, buf.get()), name);
     };
     readAll("time", static_cast<long long*>(nullptr));
     for (const char* v : {"nodeXCoor", "nodeYCoor", "voronoiX", "voronoiY", "elemBathy", "layerThickness"})
@@ -106,7 +109,8 @@ int main() {
     // object read has gone, so that one model is in memory as in the header read.
     const thMesh2D& src = kept->mInfo.mesh2d;
     std::vector<double> x(src.nxCoor, src.nxCoor + src.non), y(src.nyCoor, src.nyCoor + src.non);
-    std::vector<double> vx(src.eVoronoiX, src.eVoronoiX + src.noe), vy(src.eVoronoiY, src.eVoronoiY + src.noe);
+    std::vector<double> vx(src.eVoronoiX, src.eVoronoiX + src.noe),
+        vy(src.eVoronoiY, src.eVoronoiY + src.noe);
     std::vector<int32_t> types(src.nt, src.nt + src.non), nonpe(src.nonpe, src.nonpe + src.noe);
     std::vector<int32_t> en(src.en, src.en + src.nevf);
     std::vector<double> dz(kept->mInfo.dz, kept->mInfo.dz + kept->mInfo.nol);

@@ -32,8 +32,8 @@ struct Timing {
 };
 
 // The section and the whole-item read on one file; each call reads another timestep.
-Timing timeFile(thResultFile& rf, const std::vector<double>& x, const std::vector<double>& y, int nt, int& crossed,
-                int& values) {
+Timing timeFile(thResultFile& rf, const std::vector<double>& x, const std::vector<double>& y, int nt,
+                int& crossed, int& values) {
   const thMesh2D& g = rf.mInfo.mesh2d;
   const int32_t points = static_cast<int32_t>(x.size());
   int t = 0;

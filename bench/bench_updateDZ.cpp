@@ -18,7 +18,8 @@ int main() {
               mi.cells, mi.totNoUvf, mi.totNoUPnts);
 
   std::vector<double> h(noe), u(mi.totNoUPnts);
-  for (int32_t e = 0; e < noe; e++) h[e] = 0.4 * std::sin(mi.mesh2d.exCoor[e] * 0.01) * std::cos(mi.mesh2d.eyCoor[e] * 0.013);
+  for (int32_t e = 0; e < noe; e++)
+    h[e] = 0.4 * std::sin(mi.mesh2d.exCoor[e] * 0.01) * std::cos(mi.mesh2d.eyCoor[e] * 0.013);
   for (int32_t i = 0; i < mi.totNoUPnts; i++) u[i] = std::sin(i * 0.7);
   volatile double one = 1.0;  // keeps the baseline's read and write from being folded away
   auto [update, pass] = bench::best(
@@ -34,8 +35,9 @@ int main() {
           for (int32_t k = 0, m = mi.nol - mi.ebli[e]; k < m; k++) row[k] *= f;
         }
       });
-  std::printf("updateDZ + updateDZf: %.4f s, pass over %d cell thicknesses: %.4f s, ratio %.2f (target <= 4)\n",
-              update, mi.cells, pass, update / pass);
+  std::printf(
+      "updateDZ + updateDZf: %.4f s, pass over %d cell thicknesses: %.4f s, ratio %.2f (target <= 4)\n",
+      update, mi.cells, pass, update / pass);
 
   // popHAC numbers cell e*nol+l: every column holds all layers. The stack becomes 20 sigma
   // layers of 1/20 over flat beds, the cells are set up as z-layers, and the layer type is set to

@@ -20,17 +20,14 @@ namespace {
 
 const char* const fnName = "miscWrapper::readNetCdfBathyAndInterpOnBitmap";
 
-int64_t pixelCount(int32_t nx, int32_t ny) {
-  return nx > 0 && ny > 0 ? int64_t{nx} * ny : 0;
-}
+int64_t pixelCount(int32_t nx, int32_t ny) { return nx > 0 && ny > 0 ? int64_t{nx} * ny : 0; }
 
 void checkBitmapBytes(const std::vector<uint8_t>& bitmap, int32_t nx, int32_t ny) {
   const int64_t need = 4 * pixelCount(nx, ny);
   if (static_cast<int64_t>(bitmap.size()) < need)
     throw VException(std::string(fnName) + ": the bitmap of " + std::to_string(bitmap.size()) +
-                     " bytes is too small for " + std::to_string(nx) + " x " +
-                     std::to_string(ny) + " pixels, which need " + std::to_string(need) +
-                     " bytes.");
+                     " bytes is too small for " + std::to_string(nx) + " x " + std::to_string(ny) +
+                     " pixels, which need " + std::to_string(need) + " bytes.");
 }
 
 int32_t arrayLength(size_t n, const char* what) {
@@ -60,8 +57,7 @@ int32_t depthVariable(const VNetCdf& nc, bool gebco, int32_t xVar, int32_t yVar)
   for (int32_t v = 0; v < nc.nvars; ++v)
     if (nc.varDimIds[v] == std::vector<int32_t>{yDim, xDim}) return v;
   throw VException("The file '" + nc.fileName + "' has no variable over the dimensions of '" +
-                   nc.varNames[yVar] + "' and '" + nc.varNames[xVar] +
-                   "' to read the bathymetry from.");
+                   nc.varNames[yVar] + "' and '" + nc.varNames[xVar] + "' to read the bathymetry from.");
 }
 
 // Opens the file, builds the grid from its axes and reads the depths into `depths`, which the
@@ -73,8 +69,8 @@ VCartGrid readBathymetry(VNetCdf& nc, const std::string& filename, std::vector<d
   const int32_t zVar = depthVariable(nc, gebco, xVar, yVar);
   const int64_t cells = int64_t{grid.nx} * grid.ny;
   if (valueCount(nc, zVar) != cells)
-    throw VException("The variable '" + nc.varNames[zVar] + "' of file '" + nc.fileName +
-                     "' has " + std::to_string(valueCount(nc, zVar)) + " values, but its grid of " +
+    throw VException("The variable '" + nc.varNames[zVar] + "' of file '" + nc.fileName + "' has " +
+                     std::to_string(valueCount(nc, zVar)) + " values, but its grid of " +
                      std::to_string(grid.nx) + " x " + std::to_string(grid.ny) + " needs " +
                      std::to_string(cells) + ".");
   nc.checkVarFitsFile(zVar, "readNetCdfBathyAndInterpOnBitmap");  // a damaged header must not size it
@@ -110,13 +106,11 @@ bathyGrid miscWrapper::readNetCdfBathy(std::string filename) {
   return b;
 }
 
-int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename,
-                                                      std::vector<uint8_t>& bitmap, int32_t nx,
-                                                      int32_t ny, double xmin, double xmax,
+int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename, std::vector<uint8_t>& bitmap,
+                                                      int32_t nx, int32_t ny, double xmin, double xmax,
                                                       double ymin, double ymax,
                                                       const std::vector<double>& brkArr,
-                                                      const std::vector<int32_t>& colArr,
-                                                      double p) {
+                                                      const std::vector<int32_t>& colArr, double p) {
   checkBitmapBytes(bitmap, nx, ny);
   const int32_t nbrk = arrayLength(brkArr.size(), "break");
   const int32_t ncolors = arrayLength(colArr.size(), "colour");
@@ -124,17 +118,15 @@ int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename,
   std::vector<double> depths;
   const VCartGrid grid = readBathymetry(nc, filename, depths);
   return paintInto(bitmap, nx, ny, [&](int32_t*& bmp) {
-    return VCppLib::VDraw::interpOnBitmap(grid, bmp, nx, ny, xmin, xmax, ymin, ymax,
-                                          brkArr.data(), nbrk, colArr.data(), ncolors, p);
+    return VCppLib::VDraw::interpOnBitmap(grid, bmp, nx, ny, xmin, xmax, ymin, ymax, brkArr.data(), nbrk,
+                                          colArr.data(), ncolors, p);
   });
 }
 
-int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename,
-                                                      std::vector<uint8_t>& bitmap, int32_t nx,
-                                                      int32_t ny, int32_t nz, double xmin,
-                                                      double xmax, double ymin, double ymax,
-                                                      double zmin, double zmax,
-                                                      const std::vector<int32_t>& colArr,
+int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename, std::vector<uint8_t>& bitmap,
+                                                      int32_t nx, int32_t ny, int32_t nz, double xmin,
+                                                      double xmax, double ymin, double ymax, double zmin,
+                                                      double zmax, const std::vector<int32_t>& colArr,
                                                       double p) {
   checkBitmapBytes(bitmap, nx, ny);
   const int32_t ncolors = arrayLength(colArr.size(), "colour");
@@ -142,8 +134,8 @@ int32_t miscWrapper::readNetCdfBathyAndInterpOnBitmap(std::string filename,
   std::vector<double> depths;
   const VCartGrid grid = readBathymetry(nc, filename, depths);
   return paintInto(bitmap, nx, ny, [&](int32_t*& bmp) {
-    return VCppLib::VDraw::interpOnBitmap(grid, bmp, nx, ny, nz, xmin, xmax, ymin, ymax, zmin,
-                                          zmax, colArr.data(), ncolors, p);
+    return VCppLib::VDraw::interpOnBitmap(grid, bmp, nx, ny, nz, xmin, xmax, ymin, ymax, zmin, zmax,
+                                          colArr.data(), ncolors, p);
   });
 }
 

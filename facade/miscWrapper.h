@@ -30,19 +30,15 @@ class miscWrapper {
   // range or land mask.
   static bathyGrid readNetCdfBathy(std::string filename);
   // Colours by classes between the ascending break values brkArr.
-  static int32_t readNetCdfBathyAndInterpOnBitmap(std::string filename,
-                                                  std::vector<uint8_t>& bitmap, int32_t nx,
-                                                  int32_t ny, double xmin, double xmax,
-                                                  double ymin, double ymax,
-                                                  const std::vector<double>& brkArr,
+  static int32_t readNetCdfBathyAndInterpOnBitmap(std::string filename, std::vector<uint8_t>& bitmap,
+                                                  int32_t nx, int32_t ny, double xmin, double xmax,
+                                                  double ymin, double ymax, const std::vector<double>& brkArr,
                                                   const std::vector<int32_t>& colArr, double p);
   // Colours on a continuous scale of nz steps between zmin and zmax.
-  static int32_t readNetCdfBathyAndInterpOnBitmap(std::string filename,
-                                                  std::vector<uint8_t>& bitmap, int32_t nx,
-                                                  int32_t ny, int32_t nz, double xmin,
-                                                  double xmax, double ymin, double ymax,
-                                                  double zmin, double zmax,
-                                                  const std::vector<int32_t>& colArr, double p);
+  static int32_t readNetCdfBathyAndInterpOnBitmap(std::string filename, std::vector<uint8_t>& bitmap,
+                                                  int32_t nx, int32_t ny, int32_t nz, double xmin,
+                                                  double xmax, double ymin, double ymax, double zmin,
+                                                  double zmax, const std::vector<int32_t>& colArr, double p);
 };
 
 }  // namespace thWrapper

@@ -3,8 +3,8 @@
 
 #include "facade/thWrapperUtil.h"
 
-using VCppLib::VException;
 using thalmod::thMesh2D;
+using VCppLib::VException;
 
 namespace thWrapper {
 
@@ -28,7 +28,8 @@ std::vector<T> take(T* arr, int64_t n) {
 }  // namespace
 
 thMesh2DWrapper::thMesh2DWrapper(thMesh2D* mesh) : mesh2d(mesh) {}
-thMesh2DWrapper::thMesh2DWrapper(std::unique_ptr<thMesh2D> mesh) : mesh2d(mesh.get()), owned(std::move(mesh)) {}
+thMesh2DWrapper::thMesh2DWrapper(std::unique_ptr<thMesh2D> mesh)
+    : mesh2d(mesh.get()), owned(std::move(mesh)) {}
 
 thMesh2D& thMesh2DWrapper::m() const {
   if (!mesh2d) throw VException("thMesh2DWrapper: there is no mesh behind this wrapper.");
@@ -138,7 +139,9 @@ int32_t thMesh2DWrapper::nodeNeighbors(std::vector<int32_t>& nnnPerNode, std::ve
 }
 
 std::vector<std::vector<int32_t>> thMesh2DWrapper::nodevf() { return takeLists(m().nodevf(), m().non); }
-std::vector<std::vector<int32_t>> thMesh2DWrapper::nodeElems() { return takeLists(m().nodeElems(true), m().non); }
+std::vector<std::vector<int32_t>> thMesh2DWrapper::nodeElems() {
+  return takeLists(m().nodeElems(true), m().non);
+}
 std::vector<double> thMesh2DWrapper::anglesVFMaxPerElem() { return take(m().anglesVFMaxPerElem(), m().noe); }
 std::vector<double> thMesh2DWrapper::anglesMaxPerElem() { return take(m().anglesMaxPerElem(), m().noe); }
 int32_t thMesh2DWrapper::optimRemNodesWith4TriElems() { return m().optimRemNodesWith4TriElems(); }
@@ -177,7 +180,9 @@ int32_t thMesh2DWrapper::editAddElem(const std::vector<int32_t>& elemNodes, bool
   return m().editAddElem(arrLen(elemNodes, "thMesh2DWrapper::editAddElem", "elemNodes"), arrPtr(elemNodes),
                          reInitMesh);
 }
-int32_t thMesh2DWrapper::editAddElem(const std::vector<int32_t>& elemNodes) { return editAddElem(elemNodes, true); }
+int32_t thMesh2DWrapper::editAddElem(const std::vector<int32_t>& elemNodes) {
+  return editAddElem(elemNodes, true);
+}
 
 int32_t thMesh2DWrapper::editAddNodesElems(const std::vector<double>& nxc, const std::vector<double>& nyc,
                                            const std::vector<int32_t>& elemNodes, int32_t addnType,
@@ -186,7 +191,8 @@ int32_t thMesh2DWrapper::editAddNodesElems(const std::vector<double>& nxc, const
   int32_t nn = arrLen(nxc, fn, "nxc");
   needLength(arrLen(nyc, fn, "nyc"), nn, fn, "nyc");
   if (nnPerElem < 1)
-    throw VException(std::string(fn) + ": nnPerElem is " + std::to_string(nnPerElem) + "; an element has nodes.");
+    throw VException(std::string(fn) + ": nnPerElem is " + std::to_string(nnPerElem) +
+                     "; an element has nodes.");
   std::vector<int32_t> nodes(elemNodes);  // the library may rebase the numbers in place
   int32_t ne = arrLen(elemNodes, fn, "elemNodes") / nnPerElem;
   return m().editAddNodesElems(nn, arrPtr(nxc), arrPtr(nyc), ne, arrPtr(nodes), addnType, nnPerElem, -1);
@@ -220,8 +226,8 @@ int32_t thMesh2DWrapper::editAddSquareSection(const std::vector<double>& nxc, co
 void thMesh2DWrapper::updateNodeCoor(int32_t n, double x, double y) {
   thMesh2D& g = m();
   if (n < 0 || n >= g.non)
-    throw VException("thMesh2DWrapper::updateNodeCoor: node " + std::to_string(n) + " is out of range; the mesh has " +
-                     std::to_string(g.non) + " nodes.");
+    throw VException("thMesh2DWrapper::updateNodeCoor: node " + std::to_string(n) +
+                     " is out of range; the mesh has " + std::to_string(g.non) + " nodes.");
   g.nxCoor[n] = x;
   g.nyCoor[n] = y;
 }

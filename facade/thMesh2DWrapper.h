@@ -61,9 +61,9 @@ class thMesh2DWrapper {
   std::vector<int32_t> en() const;  // the sum of nonpe entries
   std::vector<bool> eIsAcute() const;
   std::vector<int32_t> vft() const;
-  std::vector<int32_t> vfn() const;  // 2 nvf
-  std::vector<int32_t> vfe() const;  // 2 nvf
-  std::vector<int32_t> evf() const;  // nevf
+  std::vector<int32_t> vfn() const;      // 2 nvf
+  std::vector<int32_t> vfe() const;      // 2 nvf
+  std::vector<int32_t> evf() const;      // nevf
   std::vector<double> anglesVF() const;  // nivf entries with Voronoi points, else empty
   std::vector<int32_t> circumferenceNodes() const;
   std::string projection() const;
@@ -79,7 +79,8 @@ class thMesh2DWrapper {
                                std::vector<int32_t>& ise, std::vector<double>& isd);
   int32_t initMesh();
   std::string toString();
-  int32_t nodeNeighbors(std::vector<int32_t>& nnnPerNode, std::vector<int32_t>& nnnIdx, std::vector<int32_t>& nn);
+  int32_t nodeNeighbors(std::vector<int32_t>& nnnPerNode, std::vector<int32_t>& nnnIdx,
+                        std::vector<int32_t>& nn);
   std::vector<std::vector<int32_t>> nodevf();
   std::vector<std::vector<int32_t>> nodeElems();  // sorted around their mean centre
   std::vector<double> anglesVFMaxPerElem();
@@ -105,10 +106,11 @@ class thMesh2DWrapper {
                             const std::vector<int32_t>& elemNodes, int32_t addnType, int32_t nnPerElem);
   int32_t editAddNodesElems(const std::vector<double>& nxc, const std::vector<double>& nyc,
                             const std::vector<int32_t>& elemNodes);  // closed nodes, triangles
-  int32_t editAddMesh(std::string meshFN);  // a text mesh file appended
-  int32_t editAddSquareSection(const std::vector<double>& nxc, const std::vector<double>& nyc, int32_t nLength,
-                               int32_t nWidth, double secWidth);  // 0 at once for no points
-  int32_t editAddSquareSection(const std::vector<double>& nxc, const std::vector<double>& nyc, int32_t nLength);
+  int32_t editAddMesh(std::string meshFN);                           // a text mesh file appended
+  int32_t editAddSquareSection(const std::vector<double>& nxc, const std::vector<double>& nyc,
+                               int32_t nLength, int32_t nWidth, double secWidth);  // 0 at once for no points
+  int32_t editAddSquareSection(const std::vector<double>& nxc, const std::vector<double>& nyc,
+                               int32_t nLength);
   void updateNodeCoor(int32_t n, double x, double y);  // stores, runs nothing
   int32_t updateVoronoiCoor(int32_t e, double x, double y);
 

@@ -45,7 +45,8 @@ std::vector<std::vector<double>> thModelInfoWrapper::fdz() const {
   std::vector<std::vector<double>> rows;
   mInfo->cellTables();
   if (!mInfo->fdz || !mInfo->fbli) return rows;
-  for (int32_t f = 0; f < mInfo->totNoUvf; ++f) rows.push_back(cArr2cliArr(mInfo->fdz[f], mInfo->nol - mInfo->fbli[f]));
+  for (int32_t f = 0; f < mInfo->totNoUvf; ++f)
+    rows.push_back(cArr2cliArr(mInfo->fdz[f], mInfo->nol - mInfo->fbli[f]));
   return rows;
 }
 
@@ -53,7 +54,9 @@ std::vector<int32_t> thModelInfoWrapper::botlayerIdx() const {
   return cArr2cliArr(mInfo->botlayerIdx, mInfo->mesh2d.noe);
 }
 std::vector<double> thModelInfoWrapper::dz() const { return cArr2cliArr(mInfo->dz, mInfo->nol); }
-std::vector<double> thModelInfoWrapper::layerDepth() const { return cArr2cliArr(mInfo->layerDepth, mInfo->nol); }
+std::vector<double> thModelInfoWrapper::layerDepth() const {
+  return cArr2cliArr(mInfo->layerDepth, mInfo->nol);
+}
 bool thModelInfoWrapper::isInit() const { return mInfo->isInit; }
 int32_t thModelInfoWrapper::cells() const { return mInfo->cells; }
 std::vector<double> thModelInfoWrapper::cellDepth() const {
@@ -83,12 +86,14 @@ int32_t thModelInfoWrapper::findTimestep(int64_t dt, int32_t RoundFloorCeil) con
 }
 std::string thModelInfoWrapper::toString(int32_t level) const { return mInfo->toString(level); }
 
-thMesh2DWrapper thModelInfoWrapper::ise2VMesh(const std::vector<int32_t>& ise, const std::vector<double>& isd) {
+thMesh2DWrapper thModelInfoWrapper::ise2VMesh(const std::vector<int32_t>& ise,
+                                              const std::vector<double>& isd) {
   const char* fn = "thModelInfoWrapper::ise2VMesh";
   int32_t n = arrLen(ise, fn, "ise");
   needLength(arrLen(isd, fn, "isd"), n, fn, "isd");
   // The new mesh is the caller's: the wrapper returned owns it.
-  return thMesh2DWrapper(std::unique_ptr<thalmod::thMesh2D>(mInfo->ise2VMesh(arrPtr(ise), arrPtr(isd), n, nullptr)));
+  return thMesh2DWrapper(
+      std::unique_ptr<thalmod::thMesh2D>(mInfo->ise2VMesh(arrPtr(ise), arrPtr(isd), n, nullptr)));
 }
 
 thMesh2DWrapper thModelInfoWrapper::ise2VMesh(const std::vector<int32_t>& ise, const std::vector<double>& isd,
@@ -97,7 +102,8 @@ thMesh2DWrapper thModelInfoWrapper::ise2VMesh(const std::vector<int32_t>& ise, c
   int32_t n = arrLen(ise, fn, "ise");
   needLength(arrLen(isd, fn, "isd"), n, fn, "isd");
   needLength(arrLen(ish, fn, "ish"), n, fn, "ish");
-  return thMesh2DWrapper(std::unique_ptr<thalmod::thMesh2D>(mInfo->ise2VMesh(arrPtr(ise), arrPtr(isd), n, arrPtr(ish))));
+  return thMesh2DWrapper(
+      std::unique_ptr<thalmod::thMesh2D>(mInfo->ise2VMesh(arrPtr(ise), arrPtr(isd), n, arrPtr(ish))));
 }
 
 }  // namespace thWrapper

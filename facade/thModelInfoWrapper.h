@@ -32,13 +32,13 @@ class thModelInfoWrapper {
   int32_t layerType() const;
   void layerType(int32_t v);
   int32_t totNoUvf() const;
-  bool isInit() const;   // the cells are set up
+  bool isInit() const;    // the cells are set up
   int32_t cells() const;  // computational cells
   int32_t totNoUPnts() const;
   double topDepth() const;
   void topDepth(double v);
-  std::vector<int32_t> ebli() const;  // noe entries; zeros before the cells are set up
-  std::vector<int32_t> fbli() const;  // totNoUvf entries
+  std::vector<int32_t> ebli() const;             // noe entries; zeros before the cells are set up
+  std::vector<int32_t> fbli() const;             // totNoUvf entries
   std::vector<std::vector<double>> fdz() const;  // per face f, nol - fbli[f] entries
 
   // ---- operations

@@ -9,8 +9,8 @@
 #include "support/VDT.h"
 #include "support/VFiles.h"
 
-using VCppLib::VException;
 using thalmod::thResultFile;
+using VCppLib::VException;
 
 namespace thWrapper {
 
@@ -85,14 +85,15 @@ int32_t thResultFileWrapper::readHeader() {
 void thResultFileWrapper::test(std::vector<uint8_t>& bmd, int32_t w, int32_t /*h*/, int32_t setCol) {
   const int64_t at = (static_cast<int64_t>(w) + 20) * 10;
   if (at < 0 || 4 * at + 4 > static_cast<int64_t>(bmd.size()))
-    throw VException("thResultFileWrapper::test: pixel " + std::to_string(at) + " lies outside the bitmap of " +
-                     std::to_string(bmd.size()) + " bytes.");
+    throw VException("thResultFileWrapper::test: pixel " + std::to_string(at) +
+                     " lies outside the bitmap of " + std::to_string(bmd.size()) + " bytes.");
   std::memcpy(bmd.data() + 4 * at, &setCol, 4);
 }
 
 // ---------------------------------------------------------------- reads
 
-std::optional<std::vector<double>> thResultFileWrapper::readLayer(int32_t itemNo, int32_t timestep, int32_t layer) {
+std::optional<std::vector<double>> thResultFileWrapper::readLayer(int32_t itemNo, int32_t timestep,
+                                                                  int32_t layer) {
   nativeArr<double> a;
   int32_t rc = file().readLayer(itemNo, timestep, layer, &a.p);
   if (rc < 0) return std::nullopt;
@@ -100,7 +101,7 @@ std::optional<std::vector<double>> thResultFileWrapper::readLayer(int32_t itemNo
 }
 
 std::optional<std::vector<double>> thResultFileWrapper::readItemData(int32_t itemNo, int32_t timestep,
-                                                                    const std::vector<int32_t>& en) {
+                                                                     const std::vector<int32_t>& en) {
   nativeArr<double> a;
   std::vector<int32_t> list(en);  // the library takes a writable list
   int32_t n = file().readItemData(itemNo, timestep, arrPtr(list), arrLen(en, "readItemData", "en"), &a.p);
@@ -117,8 +118,8 @@ std::vector<double> thResultFileWrapper::readItemData(int32_t itemNo, int32_t ti
 }
 
 std::optional<std::vector<double>> thResultFileWrapper::readTimeSeries(int32_t itemNo, int32_t elemNo,
-                                                                      int32_t layerNo, int32_t timeStepFrom,
-                                                                      int32_t timeStepTo) {
+                                                                       int32_t layerNo, int32_t timeStepFrom,
+                                                                       int32_t timeStepTo) {
   if (timeStepTo == -1) timeStepTo = file().mInfo.nt;
   nativeArr<double> a;
   int32_t rc = file().readTimeSeries(itemNo, elemNo, layerNo, &a.p, timeStepFrom, timeStepTo);
@@ -127,13 +128,13 @@ std::optional<std::vector<double>> thResultFileWrapper::readTimeSeries(int32_t i
 }
 
 std::optional<std::vector<double>> thResultFileWrapper::readTimeSeries(int32_t itemNo, int32_t elemNo,
-                                                                      int32_t layerNo) {
+                                                                       int32_t layerNo) {
   return readTimeSeries(itemNo, elemNo, layerNo, 0, -1);
 }
 
-int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, int64_t SDT, int64_t EDT, std::vector<int64_t>& dt,
-                                               std::vector<double>& d, int32_t filterItem, double filterMin,
-                                               double filterMax) {
+int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, int64_t SDT, int64_t EDT,
+                                               std::vector<int64_t>& dt, std::vector<double>& d,
+                                               int32_t filterItem, double filterMin, double filterMax) {
   nativeArr<int64_t> t;
   nativeArr<double> v;
   int32_t n = file().readTimeSeriesUET(itemNo, &t.p, &v.p, SDT, EDT, filterItem, filterMin, filterMax);
@@ -143,22 +144,25 @@ int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, int64_t SDT, int6
   return 0;
 }
 
-int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, int64_t SDT, int64_t EDT, std::vector<int64_t>& dt,
-                                               std::vector<double>& d) {
+int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, int64_t SDT, int64_t EDT,
+                                               std::vector<int64_t>& dt, std::vector<double>& d) {
   return readTimeSeriesUET(itemNo, SDT, EDT, dt, d, -1, -1e+37, 1e+37);
 }
 
-int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, std::vector<int64_t>& dt, std::vector<double>& d) {
+int32_t thResultFileWrapper::readTimeSeriesUET(int32_t itemNo, std::vector<int64_t>& dt,
+                                               std::vector<double>& d) {
   return readTimeSeriesUET(itemNo, -1, 2147483647, dt, d);
 }
 
-int32_t thResultFileWrapper::readProfile(int32_t, int32_t, int32_t, std::vector<double>&, std::vector<double>&) {
+int32_t thResultFileWrapper::readProfile(int32_t, int32_t, int32_t, std::vector<double>&,
+                                         std::vector<double>&) {
   throw VException("Not implemented.");
 }
 
-int32_t thResultFileWrapper::extractSectionCart(int32_t itemNo, int32_t timestep, const std::vector<double>& x,
-                                                const std::vector<double>& y, const std::vector<double>& z,
-                                                double dist, std::vector<double>& d, std::vector<double>& v,
+int32_t thResultFileWrapper::extractSectionCart(int32_t itemNo, int32_t timestep,
+                                                const std::vector<double>& x, const std::vector<double>& y,
+                                                const std::vector<double>& z, double dist,
+                                                std::vector<double>& d, std::vector<double>& v,
                                                 std::vector<double>& xC, std::vector<double>& yC) {
   const char* fn = "thResultFileWrapper::extractSectionCart";
   int32_t noPnts = arrLen(x, fn, "x");
@@ -181,15 +185,17 @@ int32_t thResultFileWrapper::readLayerAndInterpOnBitmap(int32_t itemNo, int32_t 
                                                         std::vector<uint8_t>& bitmap, int32_t nx, int32_t ny,
                                                         int32_t nz, double xmin, double xmax, double ymin,
                                                         double ymax, double zmin, double zmax,
-                                                        const std::vector<int32_t>& colArr, double r, double p) {
+                                                        const std::vector<int32_t>& colArr, double r,
+                                                        double p) {
   const char* fn = "thResultFileWrapper::readLayerAndInterpOnBitmap";
   if (nx < 0 || ny < 0) throw VException(std::string(fn) + ": the bitmap size may not be negative.");
   needLength(static_cast<int64_t>(bitmap.size()), 4 * static_cast<int64_t>(nx) * ny, fn, "bitmap (bytes)");
   if (bitmap.empty()) return 0;
   int32_t* pixels = reinterpret_cast<int32_t*>(bitmap.data());
   std::vector<int32_t> colours(colArr);
-  return file().readLayerAndInterpOnBitmap(itemNo, timestep, layer, &pixels, nx, ny, nz, xmin, xmax, ymin, ymax,
-                                           zmin, zmax, arrPtr(colours), arrLen(colArr, fn, "colArr"), r, p);
+  return file().readLayerAndInterpOnBitmap(itemNo, timestep, layer, &pixels, nx, ny, nz, xmin, xmax, ymin,
+                                           ymax, zmin, zmax, arrPtr(colours), arrLen(colArr, fn, "colArr"), r,
+                                           p);
 }
 
 void thResultFileWrapper::toUgrid(std::string path) { thalmod::writeUgrid(file(), path); }

@@ -51,7 +51,8 @@ class thResultFileWrapper {
 
   // ---- reads
   std::optional<std::vector<double>> readLayer(int32_t itemNo, int32_t timestep, int32_t layer);
-  std::optional<std::vector<double>> readItemData(int32_t itemNo, int32_t timestep, const std::vector<int32_t>& en);
+  std::optional<std::vector<double>> readItemData(int32_t itemNo, int32_t timestep,
+                                                  const std::vector<int32_t>& en);
   std::vector<double> readItemData(int32_t itemNo, int32_t timestep);  // empty after a failed read
   // timeStepTo -1 is the first physical file's nt.
   std::optional<std::vector<double>> readTimeSeries(int32_t itemNo, int32_t elemNo, int32_t layerNo,
@@ -73,10 +74,10 @@ class thResultFileWrapper {
                              std::vector<double>& d, std::vector<double>& v, std::vector<double>& xC,
                              std::vector<double>& yC);
   // bitmap: at least 4 nx ny bytes, filled with nx*ny colours 0xAARRGGBB in the machine's order.
-  int32_t readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timestep, int32_t layer, std::vector<uint8_t>& bitmap,
-                                     int32_t nx, int32_t ny, int32_t nz, double xmin, double xmax, double ymin,
-                                     double ymax, double zmin, double zmax, const std::vector<int32_t>& colArr,
-                                     double r, double p);
+  int32_t readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timestep, int32_t layer,
+                                     std::vector<uint8_t>& bitmap, int32_t nx, int32_t ny, int32_t nz,
+                                     double xmin, double xmax, double ymin, double ymax, double zmin,
+                                     double zmax, const std::vector<int32_t>& colArr, double r, double p);
   // Writes the whole file (every item and timestep) as a UGRID 1.0 NetCDF-4 file; see
   // resultfile/thResultFileUgrid.h.
   void toUgrid(std::string path);

@@ -28,9 +28,13 @@ int32_t arrLen(const std::vector<T>& v, const char* fn, const char* what) {
 
 // The address of a caller's array, null for an empty one.
 template <typename T>
-T* arrPtr(std::vector<T>& v) { return v.empty() ? nullptr : v.data(); }
+T* arrPtr(std::vector<T>& v) {
+  return v.empty() ? nullptr : v.data();
+}
 template <typename T>
-const T* arrPtr(const std::vector<T>& v) { return v.empty() ? nullptr : v.data(); }
+const T* arrPtr(const std::vector<T>& v) {
+  return v.empty() ? nullptr : v.data();
+}
 
 // Raises unless `have` is at least `need` entries.
 inline void needLength(int64_t have, int64_t need, const char* fn, const char* what) {

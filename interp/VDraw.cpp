@@ -30,15 +30,14 @@ void checkBitmap(const char* fn, int32_t* bitmap, int32_t nx, int32_t ny) {
   if (nx < 0 || ny < 0)
     throw VException(std::string(fn) + ": the bitmap size " + std::to_string(nx) + " x " +
                      std::to_string(ny) + " is negative.");
-  if (bitmap == nullptr && nx > 0 && ny > 0)
-    throw VException(std::string(fn) + ": the bitmap is null.");
+  if (bitmap == nullptr && nx > 0 && ny > 0) throw VException(std::string(fn) + ": the bitmap is null.");
 }
 
 // scale = nz/(zmax-zmin) would be infinite or not a number and end up as a colour index.
 void checkScale(const char* fn, double zmin, double zmax) {
   if (!(zmax != zmin))
-    throw VException(msg(fn, ": the colour scale from zmin = ", fullPrecision{zmin}, " to zmax = ",
-                         fullPrecision{zmax}, " is empty."));
+    throw VException(msg(fn, ": the colour scale from zmin = ", fullPrecision{zmin},
+                         " to zmax = ", fullPrecision{zmax}, " is empty."));
 }
 
 using Palette = std::unique_ptr<int32_t[]>;
@@ -81,8 +80,8 @@ Axis gridAxis(int32_t n, double lo, double hi, double origin, double step, int32
 // corner, or -1 outside the grid. power(dist) is dist^p. Pixels are independent, so rows are
 // walked in memory order.
 template <class Colour, class Power>
-void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, const Axis& ax,
-                const Axis& ay, Colour colour, Power power) {
+void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, const Axis& ax, const Axis& ay,
+                Colour colour, Power power) {
   const int64_t gnx = g.nx;
   for (int32_t j = 0; j < ny; ++j) {
     int32_t* row = bitmap + static_cast<int64_t>(ny - 1 - j) * nx;
@@ -104,9 +103,7 @@ void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, con
       // The four terms: lower left, lower right, upper right, and upper right's value again
       // weighted at the upper left corner; the upper left value itself is never read.
       const double v1 = lowRow[gi], v2 = lowRow[gi + 1], v3 = highRow[gi + 1];
-      auto weight = [&](double val, double sq) {
-        return std::isnan(val) ? 0.0 : 1.0 / power(std::sqrt(sq));
-      };
+      auto weight = [&](double val, double sq) { return std::isnan(val) ? 0.0 : 1.0 / power(std::sqrt(sq)); };
       auto value = [](double val) { return std::isnan(val) ? 0.0 : val; };
       const double w1 = weight(v1, sxLow + syLow);
       const double w2 = weight(v2, sxHigh + syLow);
@@ -120,8 +117,8 @@ void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, con
 }
 
 template <class Colour>
-void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, double xmin,
-                double xmax, double ymin, double ymax, double p, Colour colour) {
+void sampleGrid(const VCartGrid& g, int32_t* bitmap, int32_t nx, int32_t ny, double xmin, double xmax,
+                double ymin, double ymax, double p, Colour colour) {
   if (nx <= 0 || ny <= 0) return;
   if (g.nx >= 2 && g.ny >= 2 && g.data == nullptr)
     throw VException("VDraw::interpOnBitmap: the grid of " + std::to_string(g.nx) + " x " +
@@ -176,8 +173,7 @@ void sortPixelPoints(std::vector<PixelPoint>& recs) {
   }
   std::vector<PixelPoint> tmp(recs.size());
   std::vector<size_t> start(static_cast<size_t>(std::max(spanX, spanY)) + 1);
-  auto pass = [&](const std::vector<PixelPoint>& from, std::vector<PixelPoint>& to, int64_t span,
-                  auto key) {
+  auto pass = [&](const std::vector<PixelPoint>& from, std::vector<PixelPoint>& to, int64_t span, auto key) {
     std::fill(start.begin(), start.begin() + span + 1, 0);
     for (const PixelPoint& r : from) ++start[key(r) + 1];
     for (int64_t k = 0; k < span; ++k) start[k + 1] += start[k];
@@ -189,8 +185,7 @@ void sortPixelPoints(std::vector<PixelPoint>& recs) {
 
 // sum[t] += v/dd[t] and weight[t] += inv[t] for t < n. The rows are independent, so they go two
 // at a time; each lane is the same correctly rounded division and sum as one at a time.
-void spread(double v, const double* dd, const double* inv, double* sum, double* weight,
-            int64_t n) {
+void spread(double v, const double* dd, const double* inv, double* sum, double* weight, int64_t n) {
   using pair = double __attribute__((vector_size(16)));
   const pair vv = {v, v};
   int64_t t = 0;
@@ -238,8 +233,8 @@ void checkPixelRadius(const char* fn, const PointFrame& f, int32_t nx, int32_t n
     return;
   throw VException(msg(fn, ": the map extent x from ", fullPrecision{f.xmin}, " to ", fullPrecision{f.xmax},
                        ", y from ", fullPrecision{f.ymin}, " to ", fullPrecision{f.ymax},
-                       " and the search radius ", fullPrecision{f.r},
-                       " give no usable pixel radius for a ", nx, " x ", ny, " bitmap."));
+                       " and the search radius ", fullPrecision{f.r}, " give no usable pixel radius for a ",
+                       nx, " x ", ny, " bitmap."));
 }
 
 // The radius in pixels that a point reaches, (rx + ry) / 2, and d^2 (as d*d of d = sqrt(s)) and
@@ -333,8 +328,8 @@ void spreadRun(const std::vector<PixelPoint>& recs, size_t begin, size_t end, in
 // Gathers the terms of column i from the records lo..hi (inclusive), run by run, so that every
 // pixel receives its terms in record order, as a walk of the records per pixel would. Returns
 // the run of records on column i itself, empty when there is none.
-std::pair<size_t, size_t> gatherColumn(const std::vector<PixelPoint>& recs, size_t lo, size_t hi,
-                                       int32_t i, int64_t ry, const DistanceTable& t, ColumnSums& c) {
+std::pair<size_t, size_t> gatherColumn(const std::vector<PixelPoint>& recs, size_t lo, size_t hi, int32_t i,
+                                       int64_t ry, const DistanceTable& t, ColumnSums& c) {
   std::fill(c.sum.begin(), c.sum.end(), 0.0);
   std::fill(c.weight.begin(), c.weight.end(), 0.0);
   std::pair<size_t, size_t> own{0, 0};
@@ -396,8 +391,8 @@ int32_t* colourRamp(const int32_t* colArr, int32_t ncolors, int32_t n) {
                      std::to_string(ncolors) + " were given.");
   if (colArr == nullptr) throw VException("VDraw::colourRamp: the colour array is null.");
   if (n < 2)
-    throw VException("VDraw::colourRamp: a colour ramp needs at least 2 steps, but " +
-                     std::to_string(n) + " were asked for.");
+    throw VException("VDraw::colourRamp: a colour ramp needs at least 2 steps, but " + std::to_string(n) +
+                     " were asked for.");
   auto out = std::make_unique<int32_t[]>(n);
   const int64_t nc1 = ncolors - 1, n1 = n - 1;
   for (int32_t i = 0; i < n; ++i) {
@@ -418,9 +413,9 @@ int32_t* colourRamp(const int32_t* colArr, int32_t ncolors, int32_t n) {
   return out.release();
 }
 
-int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz,
-                       double xmin, double xmax, double ymin, double ymax, double zmin,
-                       double zmax, const int32_t* colArr, int32_t ncolors, double p) {
+int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz, double xmin,
+                       double xmax, double ymin, double ymax, double zmin, double zmax, const int32_t* colArr,
+                       int32_t ncolors, double p) {
   const char* fn = "VDraw::interpOnBitmap";
   checkBitmap(fn, bitmap, nx, ny);
   const Palette palette = ramp(colArr, ncolors, nz);
@@ -440,14 +435,14 @@ int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny,
   return 0;
 }
 
-int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, double xmin,
-                       double xmax, double ymin, double ymax, const double* brkArr, int32_t nbrk,
-                       const int32_t* colArr, int32_t ncolors, double p) {
+int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, double xmin, double xmax,
+                       double ymin, double ymax, const double* brkArr, int32_t nbrk, const int32_t* colArr,
+                       int32_t ncolors, double p) {
   const char* fn = "VDraw::interpOnBitmap";
   checkBitmap(fn, bitmap, nx, ny);
   if (nbrk < 1)
-    throw VException(std::string(fn) + ": at least one break value is needed, but " +
-                     std::to_string(nbrk) + " were given.");
+    throw VException(std::string(fn) + ": at least one break value is needed, but " + std::to_string(nbrk) +
+                     " were given.");
   if (brkArr == nullptr) throw VException(std::string(fn) + ": the break array is null.");
   const Palette palette = ramp(colArr, ncolors, nbrk + 1);
   const int32_t* pal = palette.get();
@@ -463,10 +458,10 @@ int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny,
   return 0;
 }
 
-int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, int32_t n,
-                             int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz, double xmin,
-                             double xmax, double ymin, double ymax, double zmin, double zmax,
-                             const int32_t* colArr, int32_t ncolors, double r) {
+int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, int32_t n, int32_t*& bitmap,
+                             int32_t nx, int32_t ny, int32_t nz, double xmin, double xmax, double ymin,
+                             double ymax, double zmin, double zmax, const int32_t* colArr, int32_t ncolors,
+                             double r) {
   const char* fn = "VDraw::interpPointsOnBitmap";
   checkBitmap(fn, bitmap, nx, ny);
   if (n < 0) throw VException(msg(fn, ": the number of points ", n, " is negative."));

@@ -21,24 +21,24 @@ int32_t* colourRamp(const int32_t* colArr, int32_t ncolors, int32_t n);
 // ncolors colours of colArr. Pixels outside the grid become -1. Returns 0. zmax == zmin is allowed:
 // the index is then not a number or infinite; not a number and -inf give the first colour, +inf the
 // last.
-int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz,
-                       double xmin, double xmax, double ymin, double ymax, double zmin,
-                       double zmax, const int32_t* colArr, int32_t ncolors, double p);
+int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz, double xmin,
+                       double xmax, double ymin, double ymax, double zmin, double zmax, const int32_t* colArr,
+                       int32_t ncolors, double p);
 
 // The same sampling, coloured by classes: nbrk ascending break values give nbrk+1 classes, whose
 // colours are spread over the ncolors colours of colArr. Returns 0.
-int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, double xmin,
-                       double xmax, double ymin, double ymax, const double* brkArr, int32_t nbrk,
-                       const int32_t* colArr, int32_t ncolors, double p);
+int32_t interpOnBitmap(VCartGrid grid, int32_t*& bitmap, int32_t nx, int32_t ny, double xmin, double xmax,
+                       double ymin, double ymax, const double* brkArr, int32_t nbrk, const int32_t* colArr,
+                       int32_t ncolors, double p);
 
 // Spreads the values v of n scattered points (x, y) over the pixels within the search radius r (in
 // map units; r < 0 picks one from the extent and n) by inverse squared distance in pixels, and
 // colours them on the scale of nz steps between zmin and zmax. Pixels that no point reaches keep
 // what the caller put there. Returns 0. zmax == zmin raises VException: a value equal to zmin would
 // then scale to 0 * inf, not a number, which picks no colour on this scale.
-int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, int32_t n,
-                             int32_t*& bitmap, int32_t nx, int32_t ny, int32_t nz, double xmin,
-                             double xmax, double ymin, double ymax, double zmin, double zmax,
-                             const int32_t* colArr, int32_t ncolors, double r);
+int32_t interpPointsOnBitmap(const double* x, const double* y, const double* v, int32_t n, int32_t*& bitmap,
+                             int32_t nx, int32_t ny, int32_t nz, double xmin, double xmax, double ymin,
+                             double ymax, double zmin, double zmax, const int32_t* colArr, int32_t ncolors,
+                             double r);
 
 }  // namespace VCppLib::VDraw

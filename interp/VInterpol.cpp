@@ -65,8 +65,10 @@ int32_t VInterpol::init(double* x, double* y, double* z, uint8_t* mask, int32_t 
   for (int32_t t = 0; t < nt; ++t) {
     // farthest first; an exact hit ends the search early and comes last, the rest stays -1
     int32_t near[3] = {-1, -1, -1};
-    if (is3D) tree->nearest3(tx[t], ty[t], tz[t], near);
-    else tree->nearest3(tx[t], ty[t], near);
+    if (is3D)
+      tree->nearest3(tx[t], ty[t], tz[t], near);
+    else
+      tree->nearest3(tx[t], ty[t], near);
     std::vector<double> w;
     std::vector<int32_t> s;
     for (int32_t j : near) {
@@ -95,7 +97,8 @@ int32_t VInterpol::init(double* x, double* y, double* z, uint8_t* mask, int32_t 
   return 0;
 }
 
-int32_t VInterpol::init2D(double* x, double* y, int32_t n, double* tx, double* ty, int32_t nt, int32_t interpType) {
+int32_t VInterpol::init2D(double* x, double* y, int32_t n, double* tx, double* ty, int32_t nt,
+                          int32_t interpType) {
   return init(x, y, nullptr, nullptr, n, tx, ty, nullptr, nt, interpType, false);
 }
 
@@ -155,8 +158,9 @@ double shapeSquared(const double* x, const double* y, const double* z, int32_t n
 int32_t RBF3DInterpol(double* x, double* y, double* z, double** values, int32_t n, int32_t noFields,
                       double* tx, double* ty, double* tz, double** out, int32_t nt, double R, int32_t k) {
   if (n < 1 || nt < 0 || noFields < 1)
-    throw VException("RBF3DInterpol: it needs at least one source point and field and no negative target count (" +
-                     str(n) + " points, " + str(noFields) + " fields, " + str(nt) + " targets were given).");
+    throw VException(
+        "RBF3DInterpol: it needs at least one source point and field and no negative target count (" +
+        str(n) + " points, " + str(noFields) + " fields, " + str(nt) + " targets were given).");
   needArrays(x && y && z && values && values[0], "RBF3DInterpol", "source");
   needArrays(out && (nt == 0 || (tx && ty && tz)), "RBF3DInterpol", "target");
   const int32_t size = n + 1;
@@ -166,18 +170,21 @@ int32_t RBF3DInterpol(double* x, double* y, double* z, double** values, int32_t 
   for (int32_t i = 0; i < size; ++i) A[i] = block.data() + static_cast<size_t>(i) * size;
   for (int32_t i = 0; i < n; ++i) {
     A[i][i] = std::pow(r2, e);
-    for (int32_t j = i + 1; j < n; ++j) A[i][j] = A[j][i] = std::pow(sq3(x, y, z, i, x[j], y[j], z[j]) + r2, e);
+    for (int32_t j = i + 1; j < n; ++j)
+      A[i][j] = A[j][i] = std::pow(sq3(x, y, z, i, x[j], y[j], z[j]) + r2, e);
     A[i][n] = A[n][i] = 1.0;
     c[i] = values[0][i];
   }
   A[n][n] = 0.0;
   c[n] = 0.0;
-  if (gaussSolve(A.data(), c.data(), size) != 0) throw VException("RBF3DInterpol: gaussian elimination failed.");
+  if (gaussSolve(A.data(), c.data(), size) != 0)
+    throw VException("RBF3DInterpol: gaussian elimination failed.");
   // The last pivot is divided by untested; a singular system shows as values that are not finite.
   for (double v : c)
     if (!std::isfinite(v))
-      throw VException("RBF3DInterpol: the system of the " + str(n) +
-                       " source points is singular (are two of them at one place?); there is no interpolation.");
+      throw VException(
+          "RBF3DInterpol: the system of the " + str(n) +
+          " source points is singular (are two of them at one place?); there is no interpolation.");
   double* o = new double[nt > 0 ? nt : 1];
   for (int32_t t = 0; t < nt; ++t) {
     double s = c[n];

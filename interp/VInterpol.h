@@ -19,15 +19,15 @@ enum vinterpolType : int32_t { vinterpolIDW = 0 };
 class VInterpol {
  public:
   std::string name;
-  int32_t noNeighbours = 4;  // kept; the method uses three neighbours
-  double p = 2.0;            // power of the inverse distance
-  double zScale = 1.0;       // factor on vertical differences in 3-D
-  double deleteVal = -1e-37; // kept with the object
-  bool isInit = false;       // weights are ready
-  bool flag = false;         // kept with the object
-  int32_t type = 0;          // a vinterpolType value
-  std::vector<std::vector<double>> weights;  // [target] weights of its sources
-  std::vector<std::vector<int32_t>> sources; // [target] source point numbers, parallel to weights
+  int32_t noNeighbours = 4;                   // kept; the method uses three neighbours
+  double p = 2.0;                             // power of the inverse distance
+  double zScale = 1.0;                        // factor on vertical differences in 3-D
+  double deleteVal = -1e-37;                  // kept with the object
+  bool isInit = false;                        // weights are ready
+  bool flag = false;                          // kept with the object
+  int32_t type = 0;                           // a vinterpolType value
+  std::vector<std::vector<double>> weights;   // [target] weights of its sources
+  std::vector<std::vector<int32_t>> sources;  // [target] source point numbers, parallel to weights
 
   // Each returns 0. The 2-D forms replace the lists, the 3-D forms add to them. mask: one byte per
   // source point, zero leaves the point out. At least three source points must remain. A target
@@ -35,14 +35,14 @@ class VInterpol {
   int32_t init2D(double* x, double* y, int32_t n, double* tx, double* ty, int32_t nt, int32_t type);
   int32_t init2D(double* x, double* y, uint8_t* mask, int32_t n, double* tx, double* ty, int32_t nt,
                  int32_t type);
-  int32_t init3D(double* x, double* y, double* z, int32_t n, double* tx, double* ty, double* tz,
-                 int32_t nt, int32_t type);
+  int32_t init3D(double* x, double* y, double* z, int32_t n, double* tx, double* ty, double* tz, int32_t nt,
+                 int32_t type);
   int32_t init3D(double* x, double* y, double* z, uint8_t* mask, int32_t n, double* tx, double* ty,
                  double* tz, int32_t nt, int32_t type);
 
  private:
-  int32_t init(double* x, double* y, double* z, uint8_t* mask, int32_t n, double* tx, double* ty,
-               double* tz, int32_t nt, int32_t type, bool is3D);
+  int32_t init(double* x, double* y, double* z, uint8_t* mask, int32_t n, double* tx, double* ty, double* tz,
+               int32_t nt, int32_t type, bool is3D);
 };
 
 // Solves A c = b in place by Gaussian elimination without pivoting; the solution replaces b.

@@ -39,8 +39,7 @@ Vkdtree::Vkdtree(double* x, double* y, double* z, int32_t n, double zScale_) : z
 Vkdtree::~Vkdtree() { delete[] nodes; }
 
 void Vkdtree::build(double* x, double* y, double* z, int32_t n, int32_t dim) {
-  if (n < 0)
-    throw VException("Vkdtree: the point count n = " + toString(n) + " is negative.");
+  if (n < 0) throw VException("Vkdtree: the point count n = " + toString(n) + " is negative.");
   if (n > 0 && (x == nullptr || y == nullptr || (dim == 3 && z == nullptr)))
     throw VException("Vkdtree: a coordinate array is null while n = " + toString(n) + ".");
   nodes = new kd_node_t[n > 0 ? n : 1]();
@@ -54,8 +53,7 @@ void Vkdtree::build(double* x, double* y, double* z, int32_t n, int32_t dim) {
     if (std::isnan(nd.x[0]) || std::isnan(nd.x[1]) || std::isnan(nd.x[2])) {
       delete[] nodes;
       nodes = nullptr;
-      throw VException("Vkdtree: point " + toString(i) +
-                       " has a coordinate that is not a number (NaN).");
+      throw VException("Vkdtree: point " + toString(i) + " has a coordinate that is not a number (NaN).");
     }
   }
   root = makeTree(nodes, n, 0, dim);
@@ -95,8 +93,7 @@ kd_node_t* Vkdtree::makeTree(kd_node_t* start, int32_t length, int32_t axis, int
   return md;
 }
 
-void Vkdtree::nearestK(kd_node_t* node, const double* query, int32_t axis, int32_t dim,
-                       int32_t k) {
+void Vkdtree::nearestK(kd_node_t* node, const double* query, int32_t axis, int32_t dim, int32_t k) {
   if (k < 1) throw VException("Vkdtree::nearestK: k = " + toString(k) + " is below 1.");
   if (node == nullptr) return;
   const double d = squaredDist(node, query, dim);
@@ -114,8 +111,8 @@ void Vkdtree::nearestK(kd_node_t* node, const double* query, int32_t axis, int32
   nearestK(dx > 0 ? node->right : node->left, query, next, dim, k);
 }
 
-void Vkdtree::nearestExact(kd_node_t* node, const double* query, int32_t axis, int32_t dim,
-                           kd_node_t*& best, double& bestDist) {
+void Vkdtree::nearestExact(kd_node_t* node, const double* query, int32_t axis, int32_t dim, kd_node_t*& best,
+                           double& bestDist) {
   if (node == nullptr) return;
   const double d = squaredDist(node, query, dim);
   const double dx = node->x[axis] - query[axis];

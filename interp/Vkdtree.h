@@ -22,10 +22,10 @@ namespace VCppLib {
 
 // One point of the tree.
 struct kd_node_t {
-  double x[3];         // coordinates; a 2-D tree leaves x[2] at 0 and never reads it
-  kd_node_t* left;     // subtree with smaller coordinate on this node's axis
-  kd_node_t* right;    // subtree with larger coordinate
-  int32_t idx;         // the point's number in the arrays given at construction
+  double x[3];       // coordinates; a 2-D tree leaves x[2] at 0 and never reads it
+  kd_node_t* left;   // subtree with smaller coordinate on this node's axis
+  kd_node_t* right;  // subtree with larger coordinate
+  int32_t idx;       // the point's number in the arrays given at construction
 };
 
 // A candidate of a k-nearest query: squared distance and node.
@@ -38,10 +38,10 @@ struct LargestOnTop {
 
 class Vkdtree {
  public:
-  double zScale = 1.0;           // factor on z in a 3-D tree; 1.0 in a 2-D tree
-  int32_t visited = 0;           // nodes looked at in the last query (reset by nearest/nearest3)
-  kd_node_t* nodes = nullptr;    // [point] all nodes, one allocation, owned
-  kd_node_t* root = nullptr;     // null for a tree of no points
+  double zScale = 1.0;         // factor on z in a 3-D tree; 1.0 in a 2-D tree
+  int32_t visited = 0;         // nodes looked at in the last query (reset by nearest/nearest3)
+  kd_node_t* nodes = nullptr;  // [point] all nodes, one allocation, owned
+  kd_node_t* root = nullptr;   // null for a tree of no points
   // Candidates of a k-nearest query, worst on top. Made once with the tree; emptied by nearest3,
   // kept by nearest (see above).
   std::priority_queue<kdCandidate, std::vector<kdCandidate>, LargestOnTop> heap;
@@ -69,8 +69,8 @@ class Vkdtree {
   // Plain single nearest search of the subtree `node` for the point query[0..dim-1]; axis is the
   // splitting axis of `node` (0 at the root). Start with best = nullptr; on return best is the
   // nearest node found and bestDist its squared distance. Counts `visited` without resetting it.
-  void nearestExact(kd_node_t* node, const double* query, int32_t axis, int32_t dim,
-                    kd_node_t*& best, double& bestDist);
+  void nearestExact(kd_node_t* node, const double* query, int32_t axis, int32_t dim, kd_node_t*& best,
+                    double& bestDist);
   // k-nearest search of the subtree `node` into `heap` (which it doesn't empty first). An exact
   // hit ends the descent below that node, and the far side is skipped when dx^2 >= the heap's top
   // distance even while the heap holds fewer than k pairs. Raises VException for k < 1.

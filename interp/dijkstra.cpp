@@ -19,9 +19,8 @@ namespace {
 int32_t toCost(double len, int32_t scale, const std::string& what) {
   const double c = len * scale;
   if (!(c > -2147483649.0 && c < 2147483648.0))
-    throw VException("dijkstra: the length " + toString(len) + " of " + what +
-                     " times scale " + toString(scale) +
-                     " does not fit an integer cost (it must stay below 2147483648).");
+    throw VException("dijkstra: the length " + toString(len) + " of " + what + " times scale " +
+                     toString(scale) + " does not fit an integer cost (it must stay below 2147483648).");
   return static_cast<int32_t>(c);
 }
 
@@ -58,12 +57,10 @@ void dijkstra::allocNodes(int64_t count) {
   std::memset(visited, 0xFF, m);
 }
 
-void dijkstra::initGraph(int32_t non, double* x, double* y, int32_t noe, int32_t* nonpe,
-                         int32_t* en) {
+void dijkstra::initGraph(int32_t non, double* x, double* y, int32_t noe, int32_t* nonpe, int32_t* en) {
   if (non < 0 || non > maxGraphNodes)
-    throw VException("dijkstra::initGraph: non = " + toString(non) +
-                     " is outside 0.." + toString(maxGraphNodes) +
-                     "; the graph keeps a non x non matrix, and at most " +
+    throw VException("dijkstra::initGraph: non = " + toString(non) + " is outside 0.." +
+                     toString(maxGraphNodes) + "; the graph keeps a non x non matrix, and at most " +
                      toString(maxGraphNodes) + " nodes keep its entries within 2147483647.");
   if (noe < 0) throw VException("dijkstra::initGraph: noe = " + toString(noe) + " is negative.");
   if ((non > 0 && (x == nullptr || y == nullptr)) || (noe > 0 && (nonpe == nullptr || en == nullptr)))
@@ -75,8 +72,8 @@ void dijkstra::initGraph(int32_t non, double* x, double* y, int32_t noe, int32_t
     block.reset(new int32_t[nn > 0 ? nn : 1]);
     rows.reset(new int32_t*[non > 0 ? non : 1]);
   } catch (const std::bad_alloc&) {
-    throw VException("dijkstra::initGraph: there is not enough memory for the matrix of " +
-                     toString(non) + " x " + toString(non) + " edge costs.");
+    throw VException("dijkstra::initGraph: there is not enough memory for the matrix of " + toString(non) +
+                     " x " + toString(non) + " edge costs.");
   }
   std::fill(block.get(), block.get() + nn, -1);
   rows[0] = block.get();
@@ -112,11 +109,11 @@ void dijkstra::initGraph(int32_t non, double* x, double* y, int32_t noe, int32_t
 void dijkstra::initGrid(int32_t nx_, int32_t ny_, double dx, double dy, uint8_t** mask_) {
   const int64_t cells = static_cast<int64_t>(nx_) * ny_;
   if (nx_ < 1 || ny_ < 1 || cells > 2147483647)
-    throw VException("dijkstra::initGrid: a raster of nx = " + toString(nx_) + " by ny = " +
-                     toString(ny_) + " cells is outside 1..2147483647 cells.");
+    throw VException("dijkstra::initGrid: a raster of nx = " + toString(nx_) + " by ny = " + toString(ny_) +
+                     " cells is outside 1..2147483647 cells.");
   if (!(dx > 0 && dy > 0 && std::isfinite(dx) && std::isfinite(dy)))
-    throw VException("dijkstra::initGrid: the cell size dx = " + toString(dx) + ", dy = " +
-                     toString(dy) + " must be positive and finite.");
+    throw VException("dijkstra::initGrid: the cell size dx = " + toString(dx) + ", dy = " + toString(dy) +
+                     " must be positive and finite.");
   const double extent = std::max(ny_ * dy, nx_ * dx);
   // The larger side maps to 1e6..1e7 cost units; below 0.0001 the factor would overflow int32.
   const double e = 6 - std::trunc(std::log10(extent));
@@ -194,8 +191,9 @@ void dijkstra::run(int32_t source) {
 
 void dijkstra::checkNode(int32_t node, const char* what) const {
   if (node < 0 || node >= n)
-    throw VException(std::string("dijkstra::") + what + " = " + toString(node) + " is outside " +
-                     (n > 0 ? "the nodes 0.." + toString(n - 1) + "." : "the search, which has no nodes yet."));
+    throw VException(
+        std::string("dijkstra::") + what + " = " + toString(node) + " is outside " +
+        (n > 0 ? "the nodes 0.." + toString(n - 1) + "." : "the search, which has no nodes yet."));
 }
 
 // Walks prev back from target (the node whose prev is -1 stays out) and turns the list round.
@@ -215,8 +213,7 @@ std::vector<int32_t> dijkstra::path(int32_t target_) {
 std::vector<int32_t> dijkstra::pathXY(int32_t i, int32_t j) {
   if (i < 0 || i >= nx || j < 0 || j >= ny)
     throw VException("dijkstra::pathXY: cell i = " + toString(i) + ", j = " + toString(j) +
-                     " lies outside the raster of " + toString(nx) + " by " + toString(ny) +
-                     " cells.");
+                     " lies outside the raster of " + toString(nx) + " by " + toString(ny) + " cells.");
   return path(i + j * nx);
 }
 

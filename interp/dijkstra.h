@@ -27,17 +27,17 @@ class dijkstra {
   static constexpr int32_t unreached = 999999999;  // dist of a node that no run reached
   static constexpr int32_t maxGraphNodes = 46340;  // largest n whose n*n fits in an int32 count
 
-  int32_t n = 0;                  // number of nodes
-  int32_t** adj = nullptr;        // graph mode: [n] rows of n edge costs, -1 for no edge
-  int32_t* dist = nullptr;        // [node] distance after a run, `unreached` if not reached (-1 before)
-  int32_t* prev = nullptr;        // [node] predecessor after a run, -1 for none
-  bool gridMode = false;          // raster mode
-  int32_t scale = 10000;          // multiplier from real lengths to integer costs
-  uint8_t* visited = nullptr;     // [node] 1 once settled
-  bool useTarget = false;         // graph mode: run stops when `target` is taken from the queue
+  int32_t n = 0;               // number of nodes
+  int32_t** adj = nullptr;     // graph mode: [n] rows of n edge costs, -1 for no edge
+  int32_t* dist = nullptr;     // [node] distance after a run, `unreached` if not reached (-1 before)
+  int32_t* prev = nullptr;     // [node] predecessor after a run, -1 for none
+  bool gridMode = false;       // raster mode
+  int32_t scale = 10000;       // multiplier from real lengths to integer costs
+  uint8_t* visited = nullptr;  // [node] 1 once settled
+  bool useTarget = false;      // graph mode: run stops when `target` is taken from the queue
   int32_t target = -1;
-  int32_t nx = 0, ny = 0;         // raster size
-  uint8_t** mask = nullptr;       // raster mode: [ny] rows of nx bytes, non-zero blocks; caller's
+  int32_t nx = 0, ny = 0;    // raster size
+  uint8_t** mask = nullptr;  // raster mode: [ny] rows of nx bytes, non-zero blocks; caller's
   int32_t diagCost = 0, xCost = 0, yCost = 0;  // raster step costs
 
   dijkstra() = default;

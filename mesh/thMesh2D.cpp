@@ -23,25 +23,63 @@ T* copyArr(const T* src, int64_t n) {
 // The arrays that initMesh derives, but nxUTM and nyUTM, which may alias nxCoor and nyCoor.
 template <typename F>
 void forEachDerived(thMesh2D& m, F f) {
-  f(m.eni); f(m.exCoor); f(m.eyCoor); f(m.enxCoor); f(m.enyCoor);
-  f(m.eArea); f(m.eAreaInv); f(m.eIsAcute);
-  f(m.vfDist); f(m.vfDistInv); f(m.vfDistX); f(m.vfDistY); f(m.vfxNormL); f(m.vfyNormL);
-  f(m.bndNoFaces); f(m.bndId); f(m.bndElem); f(m.bndFirst);
-  f(m.vft); f(m.vfn); f(m.vfe); f(m.vfeDist); f(m.vfl); f(m.vfxCoor); f(m.vfyCoor);
-  f(m.evf); f(m.evfNbr); f(m.evfDist); f(m.nivfpe); f(m.nbvfpe); f(m.evfSign);
-  f(m.vfdx); f(m.vfdy);
+  f(m.eni);
+  f(m.exCoor);
+  f(m.eyCoor);
+  f(m.enxCoor);
+  f(m.enyCoor);
+  f(m.eArea);
+  f(m.eAreaInv);
+  f(m.eIsAcute);
+  f(m.vfDist);
+  f(m.vfDistInv);
+  f(m.vfDistX);
+  f(m.vfDistY);
+  f(m.vfxNormL);
+  f(m.vfyNormL);
+  f(m.bndNoFaces);
+  f(m.bndId);
+  f(m.bndElem);
+  f(m.bndFirst);
+  f(m.vft);
+  f(m.vfn);
+  f(m.vfe);
+  f(m.vfeDist);
+  f(m.vfl);
+  f(m.vfxCoor);
+  f(m.vfyCoor);
+  f(m.evf);
+  f(m.evfNbr);
+  f(m.evfDist);
+  f(m.nivfpe);
+  f(m.nbvfpe);
+  f(m.evfSign);
+  f(m.vfdx);
+  f(m.vfdy);
 }
 
 // The primary arrays, with the Voronoi points.
 template <typename F>
 void forEachPrimary(thMesh2D& m, F f) {
-  f(m.nxCoor); f(m.nyCoor); f(m.nt); f(m.nonpe); f(m.en); f(m.eVoronoiX); f(m.eVoronoiY);
+  f(m.nxCoor);
+  f(m.nyCoor);
+  f(m.nt);
+  f(m.nonpe);
+  f(m.en);
+  f(m.eVoronoiX);
+  f(m.eVoronoiY);
 }
 
 // The caches built on demand.
 template <typename F>
 void forEachCache(thMesh2D& m, F f) {
-  f(m.eNbrNo); f(m.eNbrIdx); f(m.eNbr); f(m.eNbrVf); f(m.circumX); f(m.circumY); f(m.anglesVF);
+  f(m.eNbrNo);
+  f(m.eNbrIdx);
+  f(m.eNbr);
+  f(m.eNbrVf);
+  f(m.circumX);
+  f(m.circumY);
+  f(m.anglesVF);
 }
 
 // nxUTM, nyUTM are arrays of their own only in a lon/lat mesh; otherwise they alias nxCoor,
@@ -62,24 +100,89 @@ thMesh2D& thMesh2D::operator=(const thMesh2D& other) {
   other.holdArrays();
   freeArrays();
   const thMesh2D& o = other;
-  meshFN = o.meshFN; meshFmt = o.meshFmt; projection = o.projection; non = o.non; nt = o.nt;
-  nxCoor = o.nxCoor; nyCoor = o.nyCoor; utmZone = o.utmZone; nxUTM = o.nxUTM; nyUTM = o.nyUTM;
-  xMean = o.xMean; yMean = o.yMean; totArea = o.totArea; areaCenterX = o.areaCenterX;
-  areaCenterY = o.areaCenterY; noe = o.noe; exCoor = o.exCoor; eyCoor = o.eyCoor; eVoronoiX = o.eVoronoiX;
-  eVoronoiY = o.eVoronoiY; nonpe = o.nonpe; en = o.en; enxCoor = o.enxCoor; enyCoor = o.enyCoor;
-  eni = o.eni; eArea = o.eArea; eAreaInv = o.eAreaInv; eIsAcute = o.eIsAcute; vfDist = o.vfDist;
-  vfDistInv = o.vfDistInv; vfDistX = o.vfDistX; vfDistY = o.vfDistY; vfxNormL = o.vfxNormL;
-  vfyNormL = o.vfyNormL; eNbrNo = o.eNbrNo; eNbrIdx = o.eNbrIdx; eNbr = o.eNbr; eNbrVf = o.eNbrVf;
-  nBnd = o.nBnd; bndNoFaces = o.bndNoFaces; tnbe = o.tnbe; bndId = o.bndId; bndElem = o.bndElem;
-  bndFirst = o.bndFirst; nvf = o.nvf; vft = o.vft; vfn = o.vfn; vfe = o.vfe; vfeDist = o.vfeDist;
-  vfl = o.vfl; vfxCoor = o.vfxCoor; vfyCoor = o.vfyCoor; nevf = o.nevf; evf = o.evf; evfNbr = o.evfNbr;
-  evfDist = o.evfDist; nivfpe = o.nivfpe; nbvfpe = o.nbvfpe; evfSign = o.evfSign; nivf = o.nivf;
-  circumInit = o.circumInit; xMax = o.xMax; xMin = o.xMin; yMax = o.yMax; yMin = o.yMin;
-  meanElemSize = o.meanElemSize; nCircum = o.nCircum; circumX = o.circumX; circumY = o.circumY;
-  vfdx = o.vfdx; vfdy = o.vfdy; isLonLat = o.isLonLat; isOrthogonal = o.isOrthogonal;
-  hasVoronoi = o.hasVoronoi; defaultMeshText = o.defaultMeshText; anglesVF = o.anglesVF;
-  initFlag = o.initFlag; dij = o.dij; dijInit = o.dijInit; kdTree = o.kdTree; anglesVFCap = o.anglesVFCap;
-  queryCache = o.queryCache; shares = o.shares;
+  meshFN = o.meshFN;
+  meshFmt = o.meshFmt;
+  projection = o.projection;
+  non = o.non;
+  nt = o.nt;
+  nxCoor = o.nxCoor;
+  nyCoor = o.nyCoor;
+  utmZone = o.utmZone;
+  nxUTM = o.nxUTM;
+  nyUTM = o.nyUTM;
+  xMean = o.xMean;
+  yMean = o.yMean;
+  totArea = o.totArea;
+  areaCenterX = o.areaCenterX;
+  areaCenterY = o.areaCenterY;
+  noe = o.noe;
+  exCoor = o.exCoor;
+  eyCoor = o.eyCoor;
+  eVoronoiX = o.eVoronoiX;
+  eVoronoiY = o.eVoronoiY;
+  nonpe = o.nonpe;
+  en = o.en;
+  enxCoor = o.enxCoor;
+  enyCoor = o.enyCoor;
+  eni = o.eni;
+  eArea = o.eArea;
+  eAreaInv = o.eAreaInv;
+  eIsAcute = o.eIsAcute;
+  vfDist = o.vfDist;
+  vfDistInv = o.vfDistInv;
+  vfDistX = o.vfDistX;
+  vfDistY = o.vfDistY;
+  vfxNormL = o.vfxNormL;
+  vfyNormL = o.vfyNormL;
+  eNbrNo = o.eNbrNo;
+  eNbrIdx = o.eNbrIdx;
+  eNbr = o.eNbr;
+  eNbrVf = o.eNbrVf;
+  nBnd = o.nBnd;
+  bndNoFaces = o.bndNoFaces;
+  tnbe = o.tnbe;
+  bndId = o.bndId;
+  bndElem = o.bndElem;
+  bndFirst = o.bndFirst;
+  nvf = o.nvf;
+  vft = o.vft;
+  vfn = o.vfn;
+  vfe = o.vfe;
+  vfeDist = o.vfeDist;
+  vfl = o.vfl;
+  vfxCoor = o.vfxCoor;
+  vfyCoor = o.vfyCoor;
+  nevf = o.nevf;
+  evf = o.evf;
+  evfNbr = o.evfNbr;
+  evfDist = o.evfDist;
+  nivfpe = o.nivfpe;
+  nbvfpe = o.nbvfpe;
+  evfSign = o.evfSign;
+  nivf = o.nivf;
+  circumInit = o.circumInit;
+  xMax = o.xMax;
+  xMin = o.xMin;
+  yMax = o.yMax;
+  yMin = o.yMin;
+  meanElemSize = o.meanElemSize;
+  nCircum = o.nCircum;
+  circumX = o.circumX;
+  circumY = o.circumY;
+  vfdx = o.vfdx;
+  vfdy = o.vfdy;
+  isLonLat = o.isLonLat;
+  isOrthogonal = o.isOrthogonal;
+  hasVoronoi = o.hasVoronoi;
+  defaultMeshText = o.defaultMeshText;
+  anglesVF = o.anglesVF;
+  initFlag = o.initFlag;
+  dij = o.dij;
+  dijInit = o.dijInit;
+  kdTree = o.kdTree;
+  anglesVFCap = o.anglesVFCap;
+  queryCache = o.queryCache;
+  shares = o.shares;
   return *this;
 }
 

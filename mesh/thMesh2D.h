@@ -43,77 +43,77 @@ constexpr int32_t maxNodesPerElem = 50;
 
 class thMesh2D {
  public:
-  std::string meshFN;               // name of the mesh file
-  int32_t meshFmt = 0;              // file format of the mesh file: 0 text (EMT), 1 binary (EMB)
-  std::string projection = "UTM32"; // "LONLAT" anywhere in it (any case) means degrees
-  int32_t non = 0;                  // number of nodes
-  int32_t* nt = nullptr;            // [node] node type: 0 inner, 1..98 open boundary, 99 closed
-  double* nxCoor = nullptr;         // [node] x in mesh coordinates (degrees when isLonLat)
-  double* nyCoor = nullptr;         // [node] y in mesh coordinates
-  int32_t utmZone = 32;             // UTM zone of the mesh, negative south of the equator
-  double* nxUTM = nullptr;          // [node] x in metres; the very array nxCoor unless isLonLat
-  double* nyUTM = nullptr;          // [node] y in metres; the very array nyCoor unless isLonLat
-  double xMean = 0, yMean = 0;      // plain means of the node coordinates
-  double totArea = 0;               // sum of eArea
+  std::string meshFN;                       // name of the mesh file
+  int32_t meshFmt = 0;                      // file format of the mesh file: 0 text (EMT), 1 binary (EMB)
+  std::string projection = "UTM32";         // "LONLAT" anywhere in it (any case) means degrees
+  int32_t non = 0;                          // number of nodes
+  int32_t* nt = nullptr;                    // [node] node type: 0 inner, 1..98 open boundary, 99 closed
+  double* nxCoor = nullptr;                 // [node] x in mesh coordinates (degrees when isLonLat)
+  double* nyCoor = nullptr;                 // [node] y in mesh coordinates
+  int32_t utmZone = 32;                     // UTM zone of the mesh, negative south of the equator
+  double* nxUTM = nullptr;                  // [node] x in metres; the very array nxCoor unless isLonLat
+  double* nyUTM = nullptr;                  // [node] y in metres; the very array nyCoor unless isLonLat
+  double xMean = 0, yMean = 0;              // plain means of the node coordinates
+  double totArea = 0;                       // sum of eArea
   double areaCenterX = 0, areaCenterY = 0;  // area weighted mean of the element centres
-  int32_t noe = 0;                  // number of elements
-  double* exCoor = nullptr;         // [element] centre: mean of its node coordinates
-  double* eyCoor = nullptr;         // [element]
-  double* eVoronoiX = nullptr;      // [element] Voronoi point, mesh coordinates
-  double* eVoronoiY = nullptr;      // [element]
-  int32_t* nonpe = nullptr;         // [element] number of nodes
-  int32_t* en = nullptr;            // [element entry, eni[e]..eni[e]+nonpe[e]-1] node numbers
-  double* enxCoor = nullptr;        // [element entry] nxCoor of each entry of en
-  double* enyCoor = nullptr;        // [element entry] nyCoor of each entry of en
-  int32_t* eni = nullptr;           // [element] first entry of the element in en, evf, ...
-  double* eArea = nullptr;          // [element] area in square metres
-  double* eAreaInv = nullptr;       // [element] 1/eArea
-  bool* eIsAcute = nullptr;         // [element] passed the Voronoi test that applied to it
-  double* vfDist = nullptr;         // [face] Voronoi point to Voronoi point across the face, m
-  double* vfDistInv = nullptr;      // [face] 1/vfDist
-  double* vfDistX = nullptr;        // [face] |x component| of vfDist
-  double* vfDistY = nullptr;        // [face] |y component| of vfDist
-  double* vfxNormL = nullptr;       // [face] unit normal from side vfe[2f] to the other side
-  double* vfyNormL = nullptr;       // [face]
-  int32_t* eNbrNo = nullptr;        // [element] number of neighbours (built by initElemNbrs)
-  int32_t* eNbrIdx = nullptr;       // [element] first entry in eNbr, eNbrVf
-  int32_t* eNbr = nullptr;          // [neighbour entry] neighbour element
-  int32_t* eNbrVf = nullptr;        // [neighbour entry] face shared with that neighbour
-  int32_t nBnd = 0;                 // number of open boundaries present
-  int32_t* bndNoFaces = nullptr;    // [open boundary] number of faces
-  int32_t tnbe = 0;                 // total number of open boundary faces
-  int32_t* bndId = nullptr;         // [open boundary] boundary number 1..98, ascending
-  int32_t* bndElem = nullptr;       // [open boundary face f-nivf] element of the face
-  int32_t* bndFirst = nullptr;      // [open boundary] first entry in bndElem
-  int32_t nvf = 0;                  // number of faces
-  int32_t* vft = nullptr;           // [face] face type: 0 inner, 1..98 open, 99 closed
-  int32_t* vfn = nullptr;           // [2*face+side] the two nodes of each face
-  int32_t* vfe = nullptr;           // [2*face+side] the two sides of each face (see above)
-  double* vfeDist = nullptr;        // [2*face+side] distance of that side's Voronoi point to the face
-  double* vfl = nullptr;            // [face] face length, m
-  double* vfxCoor = nullptr;        // [face] midpoint, mesh coordinates
-  double* vfyCoor = nullptr;        // [face]
-  int32_t nevf = 0;                 // sum of nonpe: number of element entries
-  int32_t* evf = nullptr;           // [element entry] faces of each element, sorted by face type
-  int32_t* evfNbr = nullptr;        // [element entry] neighbour across, or -(face type) at a boundary
-  double* evfDist = nullptr;        // [element entry] vfeDist of the element's side of the face
-  int32_t* nivfpe = nullptr;        // [element] inner faces; the first nivfpe[e] of its evf entries
-  int32_t* nbvfpe = nullptr;        // [element] open boundary faces
-  int8_t* evfSign = nullptr;        // [element entry] +1/-1 inner, +1 open, 0 closed
-  int32_t nivf = 0;                 // number of inner faces
-  bool circumInit = false;          // the circumference cache exists
+  int32_t noe = 0;                          // number of elements
+  double* exCoor = nullptr;                 // [element] centre: mean of its node coordinates
+  double* eyCoor = nullptr;                 // [element]
+  double* eVoronoiX = nullptr;              // [element] Voronoi point, mesh coordinates
+  double* eVoronoiY = nullptr;              // [element]
+  int32_t* nonpe = nullptr;                 // [element] number of nodes
+  int32_t* en = nullptr;                    // [element entry, eni[e]..eni[e]+nonpe[e]-1] node numbers
+  double* enxCoor = nullptr;                // [element entry] nxCoor of each entry of en
+  double* enyCoor = nullptr;                // [element entry] nyCoor of each entry of en
+  int32_t* eni = nullptr;                   // [element] first entry of the element in en, evf, ...
+  double* eArea = nullptr;                  // [element] area in square metres
+  double* eAreaInv = nullptr;               // [element] 1/eArea
+  bool* eIsAcute = nullptr;                 // [element] passed the Voronoi test that applied to it
+  double* vfDist = nullptr;                 // [face] Voronoi point to Voronoi point across the face, m
+  double* vfDistInv = nullptr;              // [face] 1/vfDist
+  double* vfDistX = nullptr;                // [face] |x component| of vfDist
+  double* vfDistY = nullptr;                // [face] |y component| of vfDist
+  double* vfxNormL = nullptr;               // [face] unit normal from side vfe[2f] to the other side
+  double* vfyNormL = nullptr;               // [face]
+  int32_t* eNbrNo = nullptr;                // [element] number of neighbours (built by initElemNbrs)
+  int32_t* eNbrIdx = nullptr;               // [element] first entry in eNbr, eNbrVf
+  int32_t* eNbr = nullptr;                  // [neighbour entry] neighbour element
+  int32_t* eNbrVf = nullptr;                // [neighbour entry] face shared with that neighbour
+  int32_t nBnd = 0;                         // number of open boundaries present
+  int32_t* bndNoFaces = nullptr;            // [open boundary] number of faces
+  int32_t tnbe = 0;                         // total number of open boundary faces
+  int32_t* bndId = nullptr;                 // [open boundary] boundary number 1..98, ascending
+  int32_t* bndElem = nullptr;               // [open boundary face f-nivf] element of the face
+  int32_t* bndFirst = nullptr;              // [open boundary] first entry in bndElem
+  int32_t nvf = 0;                          // number of faces
+  int32_t* vft = nullptr;                   // [face] face type: 0 inner, 1..98 open, 99 closed
+  int32_t* vfn = nullptr;                   // [2*face+side] the two nodes of each face
+  int32_t* vfe = nullptr;                   // [2*face+side] the two sides of each face (see above)
+  double* vfeDist = nullptr;                // [2*face+side] distance of that side's Voronoi point to the face
+  double* vfl = nullptr;                    // [face] face length, m
+  double* vfxCoor = nullptr;                // [face] midpoint, mesh coordinates
+  double* vfyCoor = nullptr;                // [face]
+  int32_t nevf = 0;                         // sum of nonpe: number of element entries
+  int32_t* evf = nullptr;                   // [element entry] faces of each element, sorted by face type
+  int32_t* evfNbr = nullptr;                // [element entry] neighbour across, or -(face type) at a boundary
+  double* evfDist = nullptr;                // [element entry] vfeDist of the element's side of the face
+  int32_t* nivfpe = nullptr;                // [element] inner faces; the first nivfpe[e] of its evf entries
+  int32_t* nbvfpe = nullptr;                // [element] open boundary faces
+  int8_t* evfSign = nullptr;                // [element entry] +1/-1 inner, +1 open, 0 closed
+  int32_t nivf = 0;                         // number of inner faces
+  bool circumInit = false;                  // the circumference cache exists
   double xMax = 0, xMin = 0, yMax = 0, yMin = 0;  // node extent, set by the circumference query
-  double meanElemSize = 0;          // sqrt of the mean eArea
-  int32_t nCircum = 0;              // circumference polygon cache
-  double* circumX = nullptr;        // [circumference node]
-  double* circumY = nullptr;        // [circumference node]
-  double* vfdx = nullptr;           // [face] x of second node minus first node, m
-  double* vfdy = nullptr;           // [face]
-  bool isLonLat = false;            // coordinates are longitude and latitude in degrees
-  bool isOrthogonal = false;        // no Voronoi test failed in the last initMesh
-  bool hasVoronoi = false;          // eVoronoiX/Y are filled and are kept by initMesh
-  std::string defaultMeshText;      // a unit square in the text format
-  double* anglesVF = nullptr;       // [inner face] deviation from a right angle, degrees
+  double meanElemSize = 0;                        // sqrt of the mean eArea
+  int32_t nCircum = 0;                            // circumference polygon cache
+  double* circumX = nullptr;                      // [circumference node]
+  double* circumY = nullptr;                      // [circumference node]
+  double* vfdx = nullptr;                         // [face] x of second node minus first node, m
+  double* vfdy = nullptr;                         // [face]
+  bool isLonLat = false;                          // coordinates are longitude and latitude in degrees
+  bool isOrthogonal = false;                      // no Voronoi test failed in the last initMesh
+  bool hasVoronoi = false;                        // eVoronoiX/Y are filled and are kept by initMesh
+  std::string defaultMeshText;                    // a unit square in the text format
+  double* anglesVF = nullptr;                     // [inner face] deviation from a right angle, degrees
   // Non-zero once initMesh has run on this group of shallow copies, which share the byte. It says
   // nothing about ownership: the arrays go with their last holder (shares).
   std::shared_ptr<uint8_t> initFlag;
@@ -170,8 +170,8 @@ class thMesh2D {
   void initCircumference();                // fills the circumference cache once
   // Faces of the outer ring, from the steepest boundary face at the highest node; sets xMin..yMax.
   std::vector<int32_t> circumferenceFaces();
-  int32_t circumferenceNodes(int32_t*& nodes);  // nodes of that ring, each once
-  std::vector<int32_t>* nodevf() const;         // [node] faces, counter-clockwise
+  int32_t circumferenceNodes(int32_t*& nodes);         // nodes of that ring, each once
+  std::vector<int32_t>* nodevf() const;                // [node] faces, counter-clockwise
   std::vector<int32_t>* nodeElems(bool sorted) const;  // [node] elements
   // Other node of each face at each node, in nodevf order: counts, offsets, flat list.
   int32_t nodeNeighbors(int32_t*& nnnPerNode, int32_t*& nnnIdx, int32_t*& nn) const;
@@ -179,17 +179,17 @@ class thMesh2D {
   // (-1 where that side is a ghost column or land), and per node whether all its elements are
   // triangles. Returns the length of the flat lists.
   int32_t nodeInfo(int32_t*& nbrCount, int32_t*& nbrs, int32_t*& elems, bool*& allTri) const;
-  int32_t faceBoundary(int32_t f) const;     // index into bndId of an open face, -1 if none
-  int32_t boundaryIndex(int32_t id) const;   // index of a boundary number in bndId, -1 if none
-  double* elemDistances(int32_t e) const;    // [element] centre distance to element e
-  double* anglesElem() const;                // [element entry] corner angle, radians
-  double* anglesMaxPerElem() const;          // [element] largest corner angle, radians
-  double* anglesVFMaxPerElem() const;        // [element] largest anglesVF of its inner faces, degrees
+  int32_t faceBoundary(int32_t f) const;    // index into bndId of an open face, -1 if none
+  int32_t boundaryIndex(int32_t id) const;  // index of a boundary number in bndId, -1 if none
+  double* elemDistances(int32_t e) const;   // [element] centre distance to element e
+  double* anglesElem() const;               // [element entry] corner angle, radians
+  double* anglesMaxPerElem() const;         // [element] largest corner angle, radians
+  double* anglesVFMaxPerElem() const;       // [element] largest anglesVF of its inner faces, degrees
   int32_t faceCoorsLonLat(double*& x, double*& y) const;  // [face] midpoints in degrees
-  double meanElemSizeDeg() const;            // meanElemSize in the mesh's own units
+  double meanElemSizeDeg() const;                         // meanElemSize in the mesh's own units
   // Grid points of spacing dx, dy inside the mesh; returns their count.
   int32_t gridPoints(double dx, double dy, double*& x, double*& y);
-  int32_t* evfOrientation() const;           // [element entry] +1 face runs with the element, else -1
+  int32_t* evfOrientation() const;  // [element entry] +1 face runs with the element, else -1
   // Nodes along mesh edges from node `from` to node `to`, `from` first; returns their count.
   int32_t shortestPath(int32_t from, int32_t to, int32_t*& path);
   // Elements crossed by the straight line (x0,y0)-(x1,y1) and the distance at the end of each
@@ -212,7 +212,8 @@ class thMesh2D {
   // returns their count, 0 for n < 2. A line wholly outside the mesh is one -1 stretch. Throws
   // "line end elem != next line start elem in section. Not implemented." when a line begins in
   // another element than the one before it ended in (lines that meet on a face).
-  int32_t sectionIntersections(const double* xc, const double* yc, int32_t n, int32_t*& ise, double*& isd) const;
+  int32_t sectionIntersections(const double* xc, const double* yc, int32_t n, int32_t*& ise,
+                               double*& isd) const;
   // Cuts the mesh along nSections polylines of node numbers (sections[i], sectionLengths[i]
   // nodes) that end on the outer ring into nSections+1 domains: a new[] array of new[] element
   // lists, with their lengths in the new[] array domainLengths. nullptr for nSections < 0.
@@ -259,10 +260,10 @@ class thMesh2D {
   // array, so that numbers based at `base` in the added set follow the existing nodes; base -1:
   // the numbers are absolute. Every new element's Voronoi point is the mean of the first
   // nnPerElem[k] entries of elemNodes (so equal for equal node counts). Runs initMesh.
-  int32_t editAddNodesElemsFull(int32_t nn, const double* nxc, const double* nyc, const int32_t* types, int32_t ne,
-                                int32_t* elemNodes, const int32_t* nnPerElem, int32_t base);
-  int32_t editAddNodesElemsTypes(int32_t nn, const double* nxc, const double* nyc, const int32_t* types, int32_t ne,
-                                 int32_t* elemNodes, int32_t nnPerElem, int32_t base);
+  int32_t editAddNodesElemsFull(int32_t nn, const double* nxc, const double* nyc, const int32_t* types,
+                                int32_t ne, int32_t* elemNodes, const int32_t* nnPerElem, int32_t base);
+  int32_t editAddNodesElemsTypes(int32_t nn, const double* nxc, const double* nyc, const int32_t* types,
+                                 int32_t ne, int32_t* elemNodes, int32_t nnPerElem, int32_t base);
   int32_t editAddNodesElems(int32_t nn, const double* nxc, const double* nyc, int32_t ne, int32_t* elemNodes,
                             int32_t addnType, int32_t nnPerElem, int32_t base);
   // Appends all nodes and elements of m (coincident nodes stay double), then destroys m, which
@@ -276,8 +277,8 @@ class thMesh2D {
   // A band of nLength-1 by nWidth quadrilaterals (cell width secWidth, negative: half the mean
   // segment length) along the polyline of n points, resampled to nLength equally spaced points;
   // new nodes of type 0.
-  int32_t editAddSquareSection(const double* nxc, const double* nyc, int32_t n, int32_t nLength, int32_t nWidth,
-                               double secWidth);
+  int32_t editAddSquareSection(const double* nxc, const double* nyc, int32_t n, int32_t nLength,
+                               int32_t nWidth, double secWidth);
   // Sets the Voronoi point of e and stores in anglesVF of its inner faces the plain angle in
   // radians between face and Voronoi line (not initMesh's deviation in degrees). Returns 0;
   // notImplemented true raises "Not implemented.".

@@ -14,12 +14,12 @@
 #include <string>
 #include <vector>
 
-#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshIndex.h"
-#include "support/VMsg.h"
 #include "support/VGeom.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
+#include "support/thBigArrays.h"
 
 namespace thalmod {
 
@@ -52,8 +52,8 @@ std::string rangeText(const std::string& what, int32_t count) {
 
 void checkNumber(const char* op, const std::string& what, int32_t v, int32_t count) {
   if (v < 0 || v >= count)
-    throw VException(std::string(op) + ": " + what + " " + str(v) + " does not exist; " + rangeText(what, count) +
-                     ".");
+    throw VException(std::string(op) + ": " + what + " " + str(v) + " does not exist; " +
+                     rangeText(what, count) + ".");
 }
 
 void checkCount(const char* op, const std::string& what, int32_t count, const void* list) {
@@ -116,7 +116,8 @@ void MeshEdit::keepElements(const std::vector<char>& drop, bool compactVoronoi) 
   auto newNonpe = newArr<int32_t>(kept);
   auto newEn = newArr<int32_t>(entries);
   const bool vor = compactVoronoi && hasVoronoiArrays(m);
-  std::unique_ptr<double[]> newVx = vor ? newArr<double>(kept) : nullptr, newVy = vor ? newArr<double>(kept) : nullptr;
+  std::unique_ptr<double[]> newVx = vor ? newArr<double>(kept) : nullptr,
+                            newVy = vor ? newArr<double>(kept) : nullptr;
   int64_t k = 0, out = 0;
   for (int32_t e = 0, j = 0; e < noe; e++) {
     const int32_t n = np[e];
@@ -222,7 +223,8 @@ struct MeshCopy {
 
 // A mesh whose counts and arrays disagree cannot be taken apart safely.
 void checkMeshArrays(const thMesh2D& g, const char* op, const std::string& which) {
-  if (g.non < 0 || g.noe < 0 || (g.non > 0 && (g.nxCoor == nullptr || g.nyCoor == nullptr || g.nt == nullptr)) ||
+  if (g.non < 0 || g.noe < 0 ||
+      (g.non > 0 && (g.nxCoor == nullptr || g.nyCoor == nullptr || g.nt == nullptr)) ||
       (g.noe > 0 && (g.nonpe == nullptr || g.en == nullptr)))
     throw VException(std::string(op) + ": " + which + " has " + str(g.non) + " nodes and " + str(g.noe) +
                      " elements but not the arrays that hold them.");
@@ -268,7 +270,8 @@ std::vector<int32_t> mergePartners(const thMesh2D& m, const thMesh2D& g) {
     std::vector<double> bx0(non, 1.0), bx1(non, 0.0), by0(non, 0.0), by1(non, 0.0);  // empty: not filed
     for (int32_t i = 0; i < non; i++) {
       const double x = m.nxCoor[i], y = m.nyCoor[i];
-      if (std::isfinite(x) && std::isfinite(y)) bx0[i] = x - tol, bx1[i] = x + tol, by0[i] = y - tol, by1[i] = y + tol;
+      if (std::isfinite(x) && std::isfinite(y))
+        bx0[i] = x - tol, bx1[i] = x + tol, by0[i] = y - tol, by1[i] = y + tol;
     }
     grid.build(bx0, by0, bx1, by1);
   }
@@ -304,8 +307,9 @@ int32_t zoneOfProjection(const std::string& projection) {
   char* end = nullptr;
   const long z = std::strtol(tail, &end, 10);
   if (end == tail || z == 0 || z < -60 || z > 60)
-    throw VException("toLonLat: the projection '" + projection +
-                     "' names no UTM zone; it must be UTM followed by a zone of 1 to 60 (negative south of the equator).");
+    throw VException(
+        "toLonLat: the projection '" + projection +
+        "' names no UTM zone; it must be UTM followed by a zone of 1 to 60 (negative south of the equator).");
   return static_cast<int32_t>(z);
 }
 
@@ -436,8 +440,8 @@ namespace {
 
 // Appends ne elements of nnPerElem[k] nodes each from elemNodes; each new element's Voronoi
 // point (when the mesh has them) is the mean of its own nodes.
-int32_t appendElements(thMesh2D& m, const char* op, int32_t ne, const int32_t* elemNodes, const int32_t* nnPerElem,
-                       bool reInit) {
+int32_t appendElements(thMesh2D& m, const char* op, int32_t ne, const int32_t* elemNodes,
+                       const int32_t* nnPerElem, bool reInit) {
   checkCount(op, "elements", ne, nnPerElem);
   int64_t added = 0;
   for (int32_t k = 0; k < ne; k++) {
@@ -449,7 +453,8 @@ int32_t appendElements(thMesh2D& m, const char* op, int32_t ne, const int32_t* e
   checkCount(op, "element nodes", added > 0 ? 1 : 0, elemNodes);
   checkMeshArrays(m, op, "the mesh");
   checkElemNodes(op, elemNodes, added, m.non);
-  if (static_cast<int64_t>(m.noe) + ne > INT32_MAX) throw VException(std::string(op) + ": too many elements.");
+  if (static_cast<int64_t>(m.noe) + ne > INT32_MAX)
+    throw VException(std::string(op) + ": too many elements.");
   // The end of en is found from nonpe, so that additions may follow each other without initMesh.
   const int64_t entries = entryCount(m);
   MeshEdit ed(m);
@@ -485,7 +490,8 @@ int32_t thMesh2D::editAddElem(int32_t n, const int32_t* elemNodes, bool reInitMe
   return appendElements(*this, "editAddElem", 1, elemNodes, &n, reInitMesh);
 }
 
-int32_t thMesh2D::editAddElems(int32_t ne, const int32_t* elemNodes, const int32_t* nnPerElem, bool reInitMesh) {
+int32_t thMesh2D::editAddElems(int32_t ne, const int32_t* elemNodes, const int32_t* nnPerElem,
+                               bool reInitMesh) {
   return appendElements(*this, "editAddElems", ne, elemNodes, nnPerElem, reInitMesh);
 }
 
@@ -494,7 +500,8 @@ namespace {
 // Step 3 of the bulk addition: each new element's point is the mean over the first entries of
 // elemNodes, as many as the element has nodes, so that all new elements of one node count get
 // the same point. initMesh then tests these points by the 5 degree rule; it does not replace them.
-void bulkVoronoi(MeshEdit& ed, const thMesh2D& m, int32_t ne, const int32_t* elemNodes, const int32_t* nnPerElem) {
+void bulkVoronoi(MeshEdit& ed, const thMesh2D& m, int32_t ne, const int32_t* elemNodes,
+                 const int32_t* nnPerElem) {
   ed.replaceVoronoi = true;
   ed.vx = newArr<double>(ed.noe);
   ed.vy = newArr<double>(ed.noe);
@@ -521,8 +528,9 @@ void bulkVoronoi(MeshEdit& ed, const thMesh2D& m, int32_t ne, const int32_t* ele
 
 }  // namespace
 
-int32_t thMesh2D::editAddNodesElemsFull(int32_t nn, const double* nxc, const double* nyc, const int32_t* types,
-                                        int32_t ne, int32_t* elemNodes, const int32_t* nnPerElem, int32_t base) {
+int32_t thMesh2D::editAddNodesElemsFull(int32_t nn, const double* nxc, const double* nyc,
+                                        const int32_t* types, int32_t ne, int32_t* elemNodes,
+                                        const int32_t* nnPerElem, int32_t base) {
   const char* op = "editAddNodesElems";
   checkCount(op, "nodes", nn, nxc);
   checkCount(op, "nodes", nn, nyc);
@@ -571,14 +579,15 @@ int32_t thMesh2D::editAddNodesElemsFull(int32_t nn, const double* nxc, const dou
   return ed.commit(true);
 }
 
-int32_t thMesh2D::editAddNodesElemsTypes(int32_t nn, const double* nxc, const double* nyc, const int32_t* types,
-                                         int32_t ne, int32_t* elemNodes, int32_t nnPerElem, int32_t base) {
+int32_t thMesh2D::editAddNodesElemsTypes(int32_t nn, const double* nxc, const double* nyc,
+                                         const int32_t* types, int32_t ne, int32_t* elemNodes,
+                                         int32_t nnPerElem, int32_t base) {
   const std::vector<int32_t> counts(std::max(ne, 0), nnPerElem);
   return editAddNodesElemsFull(nn, nxc, nyc, types, ne, elemNodes, counts.data(), base);
 }
 
-int32_t thMesh2D::editAddNodesElems(int32_t nn, const double* nxc, const double* nyc, int32_t ne, int32_t* elemNodes,
-                                    int32_t addnType, int32_t nnPerElem, int32_t base) {
+int32_t thMesh2D::editAddNodesElems(int32_t nn, const double* nxc, const double* nyc, int32_t ne,
+                                    int32_t* elemNodes, int32_t addnType, int32_t nnPerElem, int32_t base) {
   const std::vector<int32_t> types(std::max(nn, 0), addnType);
   return editAddNodesElemsTypes(nn, nxc, nyc, types.data(), ne, elemNodes, nnPerElem, base);
 }
@@ -600,8 +609,8 @@ thMesh2D* thMesh2D::mergeMesh(thMesh2D m) {
   // The given mesh is read where it is (this mesh does not change) and disposed of at the end.
   const GivenMesh disposal{m};
   if (projectionKey(m.projection) != projectionKey(projection))
-    throw VException("mergeMesh: the meshes are in different projections (" + projection + " and " + m.projection +
-                     "); bring one into the other's with toLonLat or toUTM first.");
+    throw VException("mergeMesh: the meshes are in different projections (" + projection + " and " +
+                     m.projection + "); bring one into the other's with toLonLat or toUTM first.");
   checkMeshArrays(m, "mergeMesh", "the given mesh");
   checkMeshArrays(*this, "mergeMesh", "this mesh");
 
@@ -652,15 +661,15 @@ thMesh2D* thMesh2D::mergeMesh(thMesh2D m) {
   return guard.release();
 }
 
-int32_t thMesh2D::editAddSquareSection(const double* nxc, const double* nyc, int32_t n, int32_t nLength, int32_t nWidth,
-                                       double secWidth) {
+int32_t thMesh2D::editAddSquareSection(const double* nxc, const double* nyc, int32_t n, int32_t nLength,
+                                       int32_t nWidth, double secWidth) {
   const char* op = "editAddSquareSection";
   checkCount(op, "line points", n, nxc);
   checkCount(op, "line points", n, nyc);
   if (n < 1) throw VException(std::string(op) + ": the line has no points.");
   if (nLength < 2)
-    throw VException(std::string(op) + ": the band needs at least 2 points along the line, not " + str(nLength) +
-                     ".");
+    throw VException(std::string(op) + ": the band needs at least 2 points along the line, not " +
+                     str(nLength) + ".");
   if (nWidth < 1)
     throw VException(std::string(op) + ": the band needs at least 1 cell across, not " + str(nWidth) + ".");
   if ((static_cast<int64_t>(nWidth) + 1) * nLength > INT32_MAX / 4)
@@ -725,7 +734,8 @@ int32_t thMesh2D::toUTM(int32_t zone) {
   if (!isLonLat) return 0;
   checkMeshArrays(*this, "toUTM", "the mesh");
   if (zone == 0 || zone < -60 || zone > 60)
-    throw VException("toUTM: " + str(zone) + " is no UTM zone; a zone is 1 to 60, negative south of the equator.");
+    throw VException("toUTM: " + str(zone) +
+                     " is no UTM zone; a zone is 1 to 60, negative south of the equator.");
   // The series is taken no further than 20 degrees from the zone's central meridian (a regional
   // mesh may well reach beyond the zone's own 6 degrees), within UTM's latitudes, and on the
   // hemisphere that the zone's sign names, so that toLonLat can bring every node back.
@@ -733,12 +743,13 @@ int32_t thMesh2D::toUTM(int32_t zone) {
   const double latLo = zone > 0 ? 0.0 : -80.0, latHi = zone > 0 ? 84.0 : 0.0;
   for (int32_t i = 0; i < non; i++) {
     const double d = std::remainder(nxCoor[i] - central, 360.0);
-    const bool latOk = zone > 0 ? (nyCoor[i] >= latLo && nyCoor[i] <= latHi) : (nyCoor[i] >= latLo && nyCoor[i] < latHi);
+    const bool latOk =
+        zone > 0 ? (nyCoor[i] >= latLo && nyCoor[i] <= latHi) : (nyCoor[i] >= latLo && nyCoor[i] < latHi);
     if (!(std::fabs(d) <= reach) || !latOk)
       throw VException("toUTM: node " + str(i) + " at longitude " + str(nxCoor[i]) + ", latitude " +
                        str(nyCoor[i]) + " lies outside the range of UTM zone " + str(zone) + " (longitudes " +
-                       str(central - reach) + " to " + str(central + reach) + ", latitudes " +
-                       str(latLo) + " to " + str(latHi) + ").");
+                       str(central - reach) + " to " + str(central + reach) + ", latitudes " + str(latLo) +
+                       " to " + str(latHi) + ").");
   }
   for (int32_t i = 0; i < non; i++) {
     double x, y;

@@ -31,7 +31,6 @@ int32_t newFaceType(int32_t typeA, int32_t typeB) {
   return type;
 }
 
-
 // Faces as first met, before they get their final numbers.
 struct TempFaces {
   bigarr::vector<int32_t> a, b;     // [temporary face] nodes in the order of first encounter

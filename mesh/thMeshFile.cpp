@@ -121,8 +121,8 @@ void parseMeshText(const std::string& content, const std::string& where, MeshArr
   const int64_t needed = 1 + static_cast<int64_t>(a.non) + a.noe;
   if (static_cast<int64_t>(lines.size()) < needed)
     throw VException("readMeshText: " + where + " has " + std::to_string(lines.size()) + " lines, but " +
-                     std::to_string(a.non) + " nodes and " + std::to_string(a.noe) +
-                     " elements need " + std::to_string(needed) + ".");
+                     std::to_string(a.non) + " nodes and " + std::to_string(a.noe) + " elements need " +
+                     std::to_string(needed) + ".");
 
   a.x.resize(a.non);
   a.y.resize(a.non);
@@ -130,8 +130,9 @@ void parseMeshText(const std::string& content, const std::string& where, MeshArr
   size_t li = 1;
   for (int32_t i = 0; i < a.non; i++, li++) {
     tok = splitTokens(lines[li]);
-    if (tok.size() < 2) throw VException("readMeshText: " + lineRef(li) + " must hold the x and y of node " +
-                                         std::to_string(i) + ".");
+    if (tok.size() < 2)
+      throw VException("readMeshText: " + lineRef(li) + " must hold the x and y of node " +
+                       std::to_string(i) + ".");
     a.x[i] = rd.readDouble(tok[0]);
     a.y[i] = rd.readDouble(tok[1]);
     a.nt[i] = tok.size() > 2 ? rd.readInt(tok[2]) : 99;
@@ -188,8 +189,8 @@ class BlockReader {
   uint32_t u32() {
     const auto* p = reinterpret_cast<const unsigned char*>(block + pos);
     pos += 4;
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16 |
-           static_cast<uint32_t>(p[3]) << 24;
+    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
+           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
   }
   int32_t i32() { return static_cast<int32_t>(u32()); }
   double f32() { return static_cast<double>(std::bit_cast<float>(u32())); }

@@ -26,7 +26,9 @@ constexpr double cellsPerBox = 2.0;
 constexpr int64_t maxEntriesPerBox = 16;
 constexpr int64_t maxEntries = int64_t(1) << 30;  // items are counted in int32
 
-bool filed(const std::vector<double>& bx0, const std::vector<double>& bx1, size_t i) { return bx0[i] <= bx1[i]; }
+bool filed(const std::vector<double>& bx0, const std::vector<double>& bx1, size_t i) {
+  return bx0[i] <= bx1[i];
+}
 
 }  // namespace
 
@@ -51,10 +53,15 @@ bool thBoxGrid::build(const std::vector<double>& bx0, const std::vector<double>&
       return false;
     if (!filed(bx0, bx1, i)) continue;
     if (m == 0) {
-      gx0 = bx0[i]; gx1 = bx1[i]; gy0 = by0[i]; gy1 = by1[i];
+      gx0 = bx0[i];
+      gx1 = bx1[i];
+      gy0 = by0[i];
+      gy1 = by1[i];
     }
-    gx0 = std::min(gx0, bx0[i]); gx1 = std::max(gx1, bx1[i]);
-    gy0 = std::min(gy0, by0[i]); gy1 = std::max(gy1, by1[i]);
+    gx0 = std::min(gx0, bx0[i]);
+    gx1 = std::max(gx1, bx1[i]);
+    gy0 = std::min(gy0, by0[i]);
+    gy1 = std::max(gy1, by1[i]);
     sumW += bx1[i] - bx0[i];
     sumH += by1[i] - by0[i];
     m++;

@@ -25,11 +25,11 @@ class thMesh2D;
 class thBoxGrid {
  public:
   double gx0 = 0, gy0 = 0, gx1 = 0, gy1 = 0;  // union of the boxes
-  double cellW = 0, cellH = 0;                 // cell size
-  double invW = 0, invH = 0;                   // cells per unit; 0 along a flat extent
-  int32_t nx = 0, ny = 0;                      // cells across and up; 0 for an empty grid
-  std::vector<int32_t> cellStart;              // [cell] first entry in items; nx*ny+1 entries
-  std::vector<int32_t> items;                  // box numbers, ascending within each cell
+  double cellW = 0, cellH = 0;                // cell size
+  double invW = 0, invH = 0;                  // cells per unit; 0 along a flat extent
+  int32_t nx = 0, ny = 0;                     // cells across and up; 0 for an empty grid
+  std::vector<int32_t> cellStart;             // [cell] first entry in items; nx*ny+1 entries
+  std::vector<int32_t> items;                 // box numbers, ascending within each cell
 
   // Files n boxes [bx0[i], bx1[i]] x [by0[i], by1[i]]. Boxes with bx0 > bx1 (empty) are not
   // filed. Returns false, leaving the grid empty, when a bound is not finite: such a mesh is
@@ -68,8 +68,8 @@ struct thMeshQueryCache {
   bool elemGridBuilt = false;                // elemGrid was attempted (it may be empty)
   thBoxGrid elemGrid;                        // element extents (pointElem)
   bool faceGridBuilt = false;
-  thBoxGrid faceGrid;                        // face extents (lineIntersections)
-  double maxFaceLen = 0;                     // longest face, mesh coordinates
+  thBoxGrid faceGrid;     // face extents (lineIntersections)
+  double maxFaceLen = 0;  // longest face, mesh coordinates
 
   thMeshQueryCache();
   ~thMeshQueryCache();

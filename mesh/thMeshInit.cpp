@@ -43,8 +43,7 @@ void checkPrimaryArrays(const thMesh2D& m) {
     for (int32_t i = 0; i < m.nonpe[e]; i++, k++) {
       if (m.en[k] < 0 || m.en[k] >= m.non)
         throw VException("initMesh: element " + std::to_string(e) + " refers to node " +
-                         std::to_string(m.en[k]) + ", but the mesh has " + std::to_string(m.non) +
-                         " nodes.");
+                         std::to_string(m.en[k]) + ", but the mesh has " + std::to_string(m.non) + " nodes.");
     }
   }
 }

@@ -8,10 +8,10 @@
 #include <memory>
 #include <vector>
 
-#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "support/VGeom.h"
 #include "support/VStr.h"
+#include "support/thBigArrays.h"
 
 namespace thalmod {
 
@@ -90,8 +90,8 @@ int32_t thMesh2D::optimRemNodesWith4TriElems() {
   const int32_t nNew = static_cast<int32_t>(tris.size() / 3);
   const std::vector<int32_t> three(nNew, 3);
   editAddElems(nNew, tris.data(), three.data(), false);
-  editDelNodesElems(static_cast<int32_t>(delElems.size()), delElems.data(), static_cast<int32_t>(delNodes.size()),
-                    delNodes.data());
+  editDelNodesElems(static_cast<int32_t>(delElems.size()), delElems.data(),
+                    static_cast<int32_t>(delNodes.size()), delNodes.data());
   return static_cast<int32_t>(delNodes.size());
 }
 
@@ -161,9 +161,10 @@ int32_t thMesh2D::optimMoveNodesTowardLargeElems(double factor, bool triOnly) {
 
 int32_t thMesh2D::optimDrawNodesTowardNode(int32_t n, double r, double p, double f, bool triOnly) {
   if (n < 0 || n >= non)
-    throw VException("optimDrawNodesTowardNode: node " + VCppLib::VStr::toString(n) + " does not exist; " +
-                     (non > 0 ? "the mesh has nodes 0 to " + VCppLib::VStr::toString(non - 1) : "the mesh has no nodes") +
-                     ".");
+    throw VException(
+        "optimDrawNodesTowardNode: node " + VCppLib::VStr::toString(n) + " does not exist; " +
+        (non > 0 ? "the mesh has nodes 0 to " + VCppLib::VStr::toString(non - 1) : "the mesh has no nodes") +
+        ".");
   NodeInfo ni(*this);
   if (r < 0) {
     double x0 = nxCoor[0], x1 = nxCoor[0], y0 = nyCoor[0], y1 = nyCoor[0];

@@ -57,11 +57,16 @@ const thBoxGrid* elemGridOf(const thMesh2D& m) {
       const double* ey = m.enyCoor + m.eni[e];
       double x0 = ex[0], x1 = ex[0], y0 = ey[0], y1 = ey[0];
       for (int32_t i = 1; i < k; i++) {
-        x0 = std::fmin(x0, ex[i]); x1 = std::fmax(x1, ex[i]);
-        y0 = std::fmin(y0, ey[i]); y1 = std::fmax(y1, ey[i]);
+        x0 = std::fmin(x0, ex[i]);
+        x1 = std::fmax(x1, ex[i]);
+        y0 = std::fmin(y0, ey[i]);
+        y1 = std::fmax(y1, ey[i]);
       }
       const double pad = slack(std::fmax(std::fabs(x0), std::fabs(x1)));
-      bx0[e] = x0 - pad; bx1[e] = x1 + pad; by0[e] = y0; by1[e] = y1;
+      bx0[e] = x0 - pad;
+      bx1[e] = x1 + pad;
+      by0[e] = y0;
+      by1[e] = y1;
       // fmin/fmax skip NaN: an element with a NaN corner must make the grid refuse the mesh.
       for (int32_t i = 0; i < k; i++)
         if (std::isnan(ex[i]) || std::isnan(ey[i])) bx0[e] = NAN;
@@ -84,8 +89,10 @@ const thBoxGrid* faceGridOf(const thMesh2D& m) {
       const double xa = m.nxCoor[a], ya = m.nyCoor[a], xb = m.nxCoor[b], yb = m.nyCoor[b];
       const double pad = 2 * lineTol + slack(std::fmax(std::fmax(std::fabs(xa), std::fabs(xb)),
                                                        std::fmax(std::fabs(ya), std::fabs(yb))));
-      bx0[f] = std::min(xa, xb) - pad; bx1[f] = std::max(xa, xb) + pad;
-      by0[f] = std::min(ya, yb) - pad; by1[f] = std::max(ya, yb) + pad;
+      bx0[f] = std::min(xa, xb) - pad;
+      bx1[f] = std::max(xa, xb) + pad;
+      by0[f] = std::min(ya, yb) - pad;
+      by1[f] = std::max(ya, yb) + pad;
       if (std::isnan(xa + ya + xb + yb)) bx0[f] = NAN;
       maxLen = std::fmax(maxLen, std::hypot(xb - xa, yb - ya));
     }
@@ -113,10 +120,14 @@ void testFace(const thMesh2D& m, int32_t f, double x0, double y0, double x1, dou
 }
 
 // Turns the face crossings (in face order) into stretches: elements and end distances.
-int32_t lineStretches(const thMesh2D& m, LineHits& h, double x0, double y0, double x1, double y1, int32_t*& ise,
-                      double*& isd) {
-  h.ids.push_back(-1); h.x.push_back(x0); h.y.push_back(y0);
-  h.ids.push_back(-2); h.x.push_back(x1); h.y.push_back(y1);
+int32_t lineStretches(const thMesh2D& m, LineHits& h, double x0, double y0, double x1, double y1,
+                      int32_t*& ise, double*& isd) {
+  h.ids.push_back(-1);
+  h.x.push_back(x0);
+  h.y.push_back(y0);
+  h.ids.push_back(-2);
+  h.x.push_back(x1);
+  h.y.push_back(y1);
   const int32_t mm = static_cast<int32_t>(h.ids.size());
   if (mm == 2) {
     const int32_t e = m.pointElem(x0, y0);
@@ -195,9 +206,10 @@ int32_t thMesh2D::lineIntersections(double x0, double y0, double x1, double y1, 
     // How far a computed crossing may lie from the line: rounding of the line constants over the
     // line's length, and of the coordinates, with a generous factor. Only a face parallel to the
     // line to within rounding, whose "crossing" is noise, could land farther away.
-    const double c = std::fmax(std::fmax(std::fmax(std::fabs(x0), std::fabs(x1)), std::fmax(std::fabs(y0), std::fabs(y1))),
-                               std::fmax(std::fmax(std::fabs(g->gx0), std::fabs(g->gx1)),
-                                         std::fmax(std::fabs(g->gy0), std::fabs(g->gy1))));
+    const double c =
+        std::fmax(std::fmax(std::fmax(std::fabs(x0), std::fabs(x1)), std::fmax(std::fabs(y0), std::fabs(y1))),
+                  std::fmax(std::fmax(std::fabs(g->gx0), std::fabs(g->gx1)),
+                            std::fmax(std::fabs(g->gy0), std::fabs(g->gy1))));
     const double cell = std::fmax(g->cellW, g->cellH);
     const double ratio = cell > 0 ? queryCache->maxFaceLen / cell : 1.0;
     const double margin = 64 * eps * (c * c / len + c * (2 + ratio)) + 4 * lineTol + 0.01 * cell;

@@ -50,8 +50,8 @@ double* thMesh2D::anglesElem() const {
     const int32_t n = nonpe[e], k0 = eni[e];
     for (int32_t i = 0; i < n; i++) {
       const int32_t p = en[k0 + (i + n - 1) % n], c = en[k0 + i], q = en[k0 + (i + 1) % n];
-      a[k0 + i] = VCppLib::angleBetweenLineSegments(nxCoor[c], nyCoor[c], nxCoor[p], nyCoor[p], nxCoor[c], nyCoor[c],
-                                                    nxCoor[q], nyCoor[q]);
+      a[k0 + i] = VCppLib::angleBetweenLineSegments(nxCoor[c], nyCoor[c], nxCoor[p], nyCoor[p], nxCoor[c],
+                                                    nyCoor[c], nxCoor[q], nyCoor[q]);
     }
   }
   return a;
@@ -71,7 +71,8 @@ double* thMesh2D::anglesVFMaxPerElem() const {
   auto* mx = new double[std::max(noe, 0)];
   for (int32_t e = 0; e < noe; e++) {
     mx[e] = 0;
-    for (int32_t i = 0; anglesVF != nullptr && i < nivfpe[e]; i++) mx[e] = std::max(mx[e], anglesVF[evf[eni[e] + i]]);
+    for (int32_t i = 0; anglesVF != nullptr && i < nivfpe[e]; i++)
+      mx[e] = std::max(mx[e], anglesVF[evf[eni[e] + i]]);
   }
   return mx;
 }

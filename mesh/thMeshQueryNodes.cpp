@@ -11,7 +11,9 @@ namespace thalmod {
 
 namespace {
 
-int32_t otherNode(const thMesh2D& m, int32_t f, int32_t n) { return m.vfn[2 * f] == n ? m.vfn[2 * f + 1] : m.vfn[2 * f]; }
+int32_t otherNode(const thMesh2D& m, int32_t f, int32_t n) {
+  return m.vfn[2 * f] == n ? m.vfn[2 * f + 1] : m.vfn[2 * f];
+}
 
 // Entries of `keys` sorted by the library's quicksort with their positions as payload, and the
 // run of entries of each key: key k owns sorted entries first[k]..first[k+1]-1. Keys must lie in
@@ -38,8 +40,8 @@ SortedKeys sortByKey(const int32_t* keys, int32_t n, int32_t nKeys) {
 
 // items ordered counter-clockwise (from just past the positive x axis) by their points around
 // (cx, cy), or around the points' mean when useMean.
-void sortCounterClockwise(std::vector<int32_t>& items, std::vector<double>& px, std::vector<double>& py, double cx,
-                          double cy, bool useMean) {
+void sortCounterClockwise(std::vector<int32_t>& items, std::vector<double>& px, std::vector<double>& py,
+                          double cx, double cy, bool useMean) {
   const int32_t n = static_cast<int32_t>(items.size());
   int32_t* order = useMean ? VCppLib::sortAroundPoint(px.data(), py.data(), n, 0.0, false)
                            : VCppLib::sortAroundPoint(px.data(), py.data(), n, cx, cy, 0.0, false);
@@ -49,7 +51,9 @@ void sortCounterClockwise(std::vector<int32_t>& items, std::vector<double>& px, 
   items.swap(sorted);
 }
 
-[[noreturn]] void ringFailure(const std::string& what) { throw VCppLib::VException(what + thGlobal::errTail); }
+[[noreturn]] void ringFailure(const std::string& what) {
+  throw VCppLib::VException(what + thGlobal::errTail);
+}
 
 }  // namespace
 
@@ -186,15 +190,16 @@ std::vector<int32_t> thMesh2D::circumferenceFaces() {
   for (int32_t f : top >= 0 ? at[top] : std::vector<int32_t>()) {
     if (vft[f] <= 0) continue;
     const int32_t a = vfn[2 * f], b = vfn[2 * f + 1];
-    double ang = VCppLib::angleBetweenLineSegments(nxCoor[a], nyCoor[a], nxCoor[a] + vfl[f], nyCoor[a], nxCoor[a],
-                                                   nyCoor[a], nxCoor[b], nyCoor[b]);
+    double ang = VCppLib::angleBetweenLineSegments(nxCoor[a], nyCoor[a], nxCoor[a] + vfl[f], nyCoor[a],
+                                                   nxCoor[a], nyCoor[a], nxCoor[b], nyCoor[b]);
     if (ang > pi * 0.5) ang = pi - ang;
     if (ang > best) {
       best = ang;
       start = f;
     }
   }
-  if (start < 0) ringFailure("Could not determine first face in cirmumference faces - something wrong with mesh. ");
+  if (start < 0)
+    ringFailure("Could not determine first face in cirmumference faces - something wrong with mesh. ");
 
   std::vector<int32_t> ring{start};
   int32_t walk = otherNode(*this, start, top);
@@ -211,7 +216,9 @@ std::vector<int32_t> thMesh2D::circumferenceFaces() {
       walk = otherNode(*this, face, walk);
     }
     if (static_cast<int32_t>(ring.size()) > nvf - nivf)
-      ringFailure("Could not determine cirmumference faces - something wrong with mesh. A node with more than 2 bnd faces ?");
+      ringFailure(
+          "Could not determine cirmumference faces - something wrong with mesh. A node with more than 2 bnd "
+          "faces ?");
     if (face == start) return ring;
   }
 }
@@ -222,7 +229,8 @@ int32_t thMesh2D::circumferenceNodes(int32_t*& nodes) {
   nodes = new int32_t[k];
   // The first node is the end of the first face that the second face does not hold.
   const int32_t f0 = ring[0];
-  const bool secondHoldsFirst = k > 1 && (vfn[2 * ring[1]] == vfn[2 * f0] || vfn[2 * ring[1] + 1] == vfn[2 * f0]);
+  const bool secondHoldsFirst =
+      k > 1 && (vfn[2 * ring[1]] == vfn[2 * f0] || vfn[2 * ring[1] + 1] == vfn[2 * f0]);
   nodes[0] = secondHoldsFirst ? vfn[2 * f0 + 1] : vfn[2 * f0];
   for (int32_t i = 1; i < k; i++) nodes[i] = otherNode(*this, ring[i - 1], nodes[i - 1]);
   return k;

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "mesh/thMesh2D.h"
-#include "support/VMsg.h"
 #include "support/VGeom.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -57,7 +57,8 @@ int32_t thMesh2D::sectionIntersections(const double* xc, const double* yc, int32
       sd.assign(ld, ld + k);
       continue;
     }
-    if (se.back() != le[0]) throw VException("line end elem != next line start elem in section. Not implemented.");
+    if (se.back() != le[0])
+      throw VException("line end elem != next line start elem in section. Not implemented.");
     const size_t lastIdx = sd.size() - 1;
     const double last = sd[lastIdx];
     for (int32_t i = 1; i < k; ++i) {
@@ -78,8 +79,8 @@ namespace {
 // The polygon of one domain: along the ring from `startFace`, and along each section met.
 class DomainWalk {
  public:
-  DomainWalk(const thMesh2D& mesh, const std::vector<int32_t>& ring, const int32_t* const* sections, int32_t nSections,
-             const int32_t* sectionLengths)
+  DomainWalk(const thMesh2D& mesh, const std::vector<int32_t>& ring, const int32_t* const* sections,
+             int32_t nSections, const int32_t* sectionLengths)
       : m(mesh), R(ring), sec(sections), nSec(nSections), len(sectionLengths) {}
 
   // Fills `poly` with the nodes of the domain that begins at startFace/startNode, and moves
@@ -135,8 +136,8 @@ class DomainWalk {
 
 }  // namespace
 
-int32_t** thMesh2D::chopDomian(const int32_t* const* sections, int32_t nSections, const int32_t* sectionLengths,
-                               int32_t*& domainLengths) {
+int32_t** thMesh2D::chopDomian(const int32_t* const* sections, int32_t nSections,
+                               const int32_t* sectionLengths, int32_t*& domainLengths) {
   if (nSections < 0) {
     domainLengths = nullptr;
     return nullptr;
@@ -148,8 +149,8 @@ int32_t** thMesh2D::chopDomian(const int32_t* const* sections, int32_t nSections
       throw VException("thMesh2D::chopDomian: the nodes of section " + str(s) + " are missing.");
     for (int32_t k = 0; k < sectionLengths[s]; ++k)
       if (sections[s][k] < 0 || sections[s][k] >= non)
-        throw VException("thMesh2D::chopDomian: section " + str(s) + " refers to node " + str(sections[s][k]) +
-                         ", but the mesh has " + str(non) + " nodes.");
+        throw VException("thMesh2D::chopDomian: section " + str(s) + " refers to node " +
+                         str(sections[s][k]) + ", but the mesh has " + str(non) + " nodes.");
   }
   const int32_t nDom = nSections + 1;
   std::vector<std::vector<int32_t>> domains(nDom);
@@ -190,7 +191,8 @@ thMesh2D* thMesh2D::boundaryStripMesh(int32_t boundary) const {
     throw VException("thMesh2D::boundaryStripMesh: there is no open boundary of index " + str(boundary) +
                      "; the mesh has " + str(nBnd) + ".");
   const int32_t nf = bndNoFaces[boundary], f0 = nivf + bndFirst[boundary];
-  if (nf < 1) throw VException("thMesh2D::boundaryStripMesh: open boundary " + str(bndId[boundary]) + " has no faces.");
+  if (nf < 1)
+    throw VException("thMesh2D::boundaryStripMesh: open boundary " + str(bndId[boundary]) + " has no faces.");
   auto holds = [this](int32_t f, int32_t node) { return vfn[2 * f] == node || vfn[2 * f + 1] == node; };
   auto other = [this](int32_t f, int32_t node) { return vfn[2 * f] == node ? vfn[2 * f + 1] : vfn[2 * f]; };
   // The first point is the first face's node that the next face does not hold (either node of a
@@ -233,7 +235,8 @@ thMesh2D* thMesh2D::subMesh(int32_t n, const int32_t* elems) const {
   for (int32_t i = 0; i < n; ++i) {
     const int32_t e = elems[i];
     if (e < 0 || e >= noe)
-      throw VException("thMesh2D::subMesh: element " + str(e) + " is not in the mesh of " + str(noe) + " elements.");
+      throw VException("thMesh2D::subMesh: element " + str(e) + " is not in the mesh of " + str(noe) +
+                       " elements.");
     nonpe2.push_back(nonpe[e]);
     vx.push_back(eVoronoiX[e]);
     vy.push_back(eVoronoiY[e]);

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/thBigArrays.h"
 #include "mesh/thMesh2D.h"
 #include "mesh/thMeshUtil.h"
 #include "support/VGeom.h"
+#include "support/thBigArrays.h"
 
 namespace thalmod {
 
@@ -159,7 +159,8 @@ void thMesh2D::initFaceDistances() {
   if (isLonLat) {
     bufX.resize(noe);
     bufY.resize(noe);
-    for (int32_t e = 0; e < noe; e++) VCppLib::latLon2UTM(eVoronoiX[e], eVoronoiY[e], utmZone, bufX[e], bufY[e]);
+    for (int32_t e = 0; e < noe; e++)
+      VCppLib::latLon2UTM(eVoronoiX[e], eVoronoiY[e], utmZone, bufX[e], bufY[e]);
     vxm = bufX.data();
     vym = bufY.data();
   }

@@ -33,19 +33,23 @@ thModelInfo* thModelInfo::bndModel(int32_t boundary, bool oneLayer) {
     throw VException("thModelInfo::bndModel: there is no open boundary of index " + VStr::toString(boundary) +
                      " (the model has " + VStr::toString(m.nBnd) + ").");
   if (elemBathy == nullptr || dz == nullptr)
-    throw VException("thModelInfo::bndModel: the model has no bathymetry or layers to take the boundary's from.");
+    throw VException(
+        "thModelInfo::bndModel: the model has no bathymetry or layers to take the boundary's from.");
   // The one layer of a one-layer boundary model takes the thickness of layer 1, not layer 0.
   if (oneLayer && nol < 2)
-    throw VException("thModelInfo::bndModel: a one-layer boundary model takes the thickness of layer 1, and the "
-                     "model has " + VStr::toString(nol) + " layer(s).");
+    throw VException(
+        "thModelInfo::bndModel: a one-layer boundary model takes the thickness of layer 1, and the "
+        "model has " +
+        VStr::toString(nol) + " layer(s).");
   const int32_t n = m.bndNoFaces[boundary], first = m.bndFirst[boundary];
   auto b = std::make_unique<thModelInfo>();
   b->layerType = layerType;
   {
     std::unique_ptr<thMesh2D> strip(m.boundaryStripMesh(boundary));
     if (strip->noe != n)
-      throw VException("thModelInfo::bndModel: the strip mesh of boundary " + VStr::toString(boundary) + " has " +
-                       VStr::toString(strip->noe) + " elements for " + VStr::toString(n) + " faces.");
+      throw VException("thModelInfo::bndModel: the strip mesh of boundary " + VStr::toString(boundary) +
+                       " has " + VStr::toString(strip->noe) + " elements for " + VStr::toString(n) +
+                       " faces.");
     std::swap(b->mesh2d, *strip);  // the strip's arrays go to the new model
   }
   b->nol = oneLayer ? 1 : nol;
@@ -148,10 +152,11 @@ void thModelInfo::popHAC(bool asAreas) {
   const int32_t noe = mesh2d.noe;
   cellTables();
   // Cell e*nol+l: every column must hold all layers, as the columns of a sigma grid do.
-  if (!isInit || layerDepth == nullptr || elemBathy == nullptr || cellVol == nullptr || noe != allocElemRows ||
-      static_cast<int64_t>(noe) * nol != cells)
-    throw VException("thModelInfo::popHAC: the cells are not those of a sigma grid of " + VStr::toString(noe) +
-                     " columns of " + VStr::toString(nol) + " layers (initCells, with every column reaching layer 0).");
+  if (!isInit || layerDepth == nullptr || elemBathy == nullptr || cellVol == nullptr ||
+      noe != allocElemRows || static_cast<int64_t>(noe) * nol != cells)
+    throw VException("thModelInfo::popHAC: the cells are not those of a sigma grid of " +
+                     VStr::toString(noe) + " columns of " + VStr::toString(nol) +
+                     " layers (initCells, with every column reaching layer 0).");
   mesh2d.initElemNbrs();
   shares.release(hacNo);
   shares.release(hacIdx);
@@ -168,7 +173,8 @@ void thModelInfo::popHAC(bool asAreas) {
     hacIdx[c] = static_cast<int32_t>(total);
     total += hacNo[c];
   }
-  if (total > INT32_MAX) throw VException("thModelInfo::popHAC: more adjacent cells than a 32-bit count can hold.");
+  if (total > INT32_MAX)
+    throw VException("thModelInfo::popHAC: more adjacent cells than a 32-bit count can hold.");
   hacCell = new int32_t[total];
   hacWeight = new double[total];
   int64_t at = 0;
@@ -205,7 +211,8 @@ double* thModelInfo::cellDistances(int32_t cell) {
   if (!isInit || cellDepth == nullptr || mesh2d.noe != allocElemRows)
     throw VException("thModelInfo::cellDistances: the cells are not initialised for this mesh (initCells).");
   if (cell < 0 || cell >= cells)
-    throw VException("thModelInfo::cellDistances: cell " + VStr::toString(cell) + " is outside 0.." + VStr::toString(cells - 1) + ".");
+    throw VException("thModelInfo::cellDistances: cell " + VStr::toString(cell) + " is outside 0.." +
+                     VStr::toString(cells - 1) + ".");
   std::unique_ptr<double[]> d(mesh2d.elemDistances(cell2elem[cell]));
   auto r = std::make_unique<double[]>(cells);
   for (int32_t c = 0; c < cells; c++) {

@@ -12,9 +12,9 @@
 #include <memory>
 #include <vector>
 
-#include "support/thBigArrays.h"
 #include "model/thModelInfo.h"
 #include "support/VStr.h"
+#include "support/thBigArrays.h"
 
 namespace thalmod {
 
@@ -313,8 +313,10 @@ void thModelInfo::buildFaceRows(const double* dzCentre) {
   for (int32_t f = 0; f < totNoUvf; f++) {
     const int32_t e0 = vfe[2 * f], e1 = vfe[2 * f + 1];
     double bottom = edz[e0][0];
-    if (f < nivf && ebli[e0] == ebli[e1]) bottom = std::min(edz[e0][0], edz[e1][0]);
-    else if (f < nivf && ebli[e1] > ebli[e0]) bottom = edz[e1][0];
+    if (f < nivf && ebli[e0] == ebli[e1])
+      bottom = std::min(edz[e0][0], edz[e1][0]);
+    else if (f < nivf && ebli[e1] > ebli[e0])
+      bottom = edz[e1][0];
     t.place(f, nol - fbli[f], fbli[f], bottom);
   }
 }

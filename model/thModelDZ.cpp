@@ -24,7 +24,8 @@ inline double topLowerEdge(const thModelInfo& m, int32_t e) {
 }
 
 // Elevation on inner face f by a face rule; the upwind rule reads the face's U-point uAt.
-inline double faceElevation(int32_t rule, const double* h, int32_t e0, int32_t e1, const double* u, int32_t uAt) {
+inline double faceElevation(int32_t rule, const double* h, int32_t e0, int32_t e1, const double* u,
+                            int32_t uAt) {
   switch (rule) {
     case 0: return std::max(h[e0], h[e1]);
     case 1: return std::min(h[e0], h[e1]);
@@ -65,7 +66,8 @@ void wetDryInnerFace(thModelInfo& m, int32_t f, const double* h, const double* u
 }
 
 // Inner face f without wet/dry: only its top entry follows the surface.
-inline void innerFaceTop(thModelInfo& m, int32_t f, const double* h, const double* u, int32_t rule, double dzTop) {
+inline void innerFaceTop(thModelInfo& m, int32_t f, const double* h, const double* u, int32_t rule,
+                         double dzTop) {
   const int32_t e0 = m.mesh2d.vfe[2 * f], e1 = m.mesh2d.vfe[2 * f + 1];
   const int32_t top = m.nol - m.fbli[f] - 1;
   double* fz = m.fdz[f];
@@ -146,7 +148,8 @@ void thModelInfo::checkThicknessRows(const std::string& fn, const double* h) con
   if (!isInit || edz == nullptr || fdz == nullptr)
     throw VException("thModelInfo::" + fn + ": the cells are not initialised (initCells).");
   if (mesh2d.noe != allocElemRows || totNoUvf != allocFaceRows || mesh2d.nivf > totNoUvf ||
-      allocCols != mesh2d.noe + mesh2d.tnbe || (mesh2d.noe > 0 && (mesh2d.vfe == nullptr || mesh2d.eArea == nullptr)))
+      allocCols != mesh2d.noe + mesh2d.tnbe ||
+      (mesh2d.noe > 0 && (mesh2d.vfe == nullptr || mesh2d.eArea == nullptr)))
     throw VException("thModelInfo::" + fn + ": the mesh has changed since initCells; run initCells again.");
   if (h == nullptr) throw VException("thModelInfo::" + fn + ": the surface elevations (h) are missing.");
 }
@@ -225,7 +228,8 @@ void thModelInfo::updateDZf(double* h, double* u, int32_t faceRule, bool swapBuf
 void thModelInfo::updateTopCellVol() {
   cellTables();
   if (!isInit || edz == nullptr || mesh2d.noe != allocElemRows || mesh2d.eArea == nullptr)
-    throw VException("thModelInfo::updateTopCellVol: the cells are not initialised for this mesh (initCells).");
+    throw VException(
+        "thModelInfo::updateTopCellVol: the cells are not initialised for this mesh (initCells).");
   for (int32_t e = 0; e < allocElemRows; e++) {
     const int32_t k = etli[e] - ebli[e];
     cellVol[botlayerIdx[e] + k] = edz[e][k] * mesh2d.eArea[e];

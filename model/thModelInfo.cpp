@@ -77,13 +77,35 @@ void releaseRows(VCppLib::VArrayShare& shares, T**& rows, int32_t n, bool free) 
 // The arrays that initCells derives (arr), and its tables of rows with their row counts (rows).
 template <typename F, typename G>
 void forEachDerived(thModelInfo& m, F arr, G rows) {
-  arr(m.cellVol); arr(m.toplayerIdx); arr(m.botlayerIdx); arr(m.cell2elem); arr(m.cell2layer);
-  arr(m.cellGroup); arr(m.cellSeq); arr(m.cellTop); arr(m.bndNoCells); arr(m.cellDepth);
-  arr(m.hacNo); arr(m.hacCell); arr(m.hacIdx); arr(m.hacWeight);
-  arr(m.ebli); arr(m.etli); arr(m.etliOld); arr(m.fbli); arr(m.ftli);
-  arr(m.edzInit); arr(m.fUIdx); arr(m.fLayerOff); arr(m.layerDepth);
-  rows(m.fdz, m.allocFaceRows); rows(m.fdzOld, m.allocFaceRows); rows(m.fdzc, m.allocFaceRows);
-  rows(m.edz, m.allocElemRows); rows(m.edzOld, m.allocElemRows); rows(m.edzc, m.allocElemRows);
+  arr(m.cellVol);
+  arr(m.toplayerIdx);
+  arr(m.botlayerIdx);
+  arr(m.cell2elem);
+  arr(m.cell2layer);
+  arr(m.cellGroup);
+  arr(m.cellSeq);
+  arr(m.cellTop);
+  arr(m.bndNoCells);
+  arr(m.cellDepth);
+  arr(m.hacNo);
+  arr(m.hacCell);
+  arr(m.hacIdx);
+  arr(m.hacWeight);
+  arr(m.ebli);
+  arr(m.etli);
+  arr(m.etliOld);
+  arr(m.fbli);
+  arr(m.ftli);
+  arr(m.edzInit);
+  arr(m.fUIdx);
+  arr(m.fLayerOff);
+  arr(m.layerDepth);
+  rows(m.fdz, m.allocFaceRows);
+  rows(m.fdzOld, m.allocFaceRows);
+  rows(m.fdzc, m.allocFaceRows);
+  rows(m.edz, m.allocElemRows);
+  rows(m.edzOld, m.allocElemRows);
+  rows(m.edzc, m.allocElemRows);
   rows(m.evfbli, m.allocElemRows);
 }
 
@@ -326,11 +348,14 @@ int32_t thModelInfo::depth2Layer(int32_t elem, double depth) const {
   if (depth > elemBathy[elem] || depth < 0) return ebli[elem];
   if (layerType == sigma) depth /= elemBathy[elem];
   int32_t l = ebli[elem];
-  while (layerDepth[l] - dz[l] * 0.5 > depth && l < nol - 1) l++;  // a depth on an upper edge belongs to that layer
+  while (layerDepth[l] - dz[l] * 0.5 > depth && l < nol - 1)
+    l++;  // a depth on an upper edge belongs to that layer
   return l;
 }
 
-int32_t thModelInfo::depth2LayerOff(int32_t elem, double depth) const { return depth2Layer(elem, depth) - ebli[elem]; }
+int32_t thModelInfo::depth2LayerOff(int32_t elem, double depth) const {
+  return depth2Layer(elem, depth) - ebli[elem];
+}
 
 int32_t thModelInfo::lengthClass(int32_t length) const {
   if (length == 1) return 0;

@@ -35,63 +35,64 @@ std::string layerTypeEnum2str(layerTypeEnum t);
 
 class thModelInfo {
  public:
-  bool isInit = false;        // initCells has run
-  int64_t startDT = 0;        // long date-time of timestep 0
-  double dt = -1.0;           // timestep length in seconds, -1 until set
-  int32_t modelType = 0;      // a modelTypeEnum value
-  int32_t flavor = -1;        // carried from file to file, not interpreted
-  int32_t nt = 0;             // number of timesteps
-  std::string bathymetry;     // bathymetry specification as given
-  std::string layerThickness; // layer thickness list as given
+  bool isInit = false;          // initCells has run
+  int64_t startDT = 0;          // long date-time of timestep 0
+  double dt = -1.0;             // timestep length in seconds, -1 until set
+  int32_t modelType = 0;        // a modelTypeEnum value
+  int32_t flavor = -1;          // carried from file to file, not interpreted
+  int32_t nt = 0;               // number of timesteps
+  std::string bathymetry;       // bathymetry specification as given
+  std::string layerThickness;   // layer thickness list as given
   double* elemBathy = nullptr;  // by element: depth of the sea bed, positive down (initCells may deepen it)
   double minBotFrac = 0.1;      // thinnest bottom cell as a fraction of its layer's dz; < 0 drops thin cells
   int32_t* enol = nullptr;      // by element: number of active layers (null: worked out from elemBathy)
-  double* cellVol = nullptr;      // by cell (computational): volume
-  int32_t* toplayerIdx = nullptr; // by column: cell number of the top cell
-  int32_t* botlayerIdx = nullptr; // by column: cell number of the bottom cell
-  int32_t* cell2elem = nullptr;   // by cell (incl. ghost cells): column
-  int32_t* cell2layer = nullptr;  // by cell (incl. ghost cells): absolute layer
-  int32_t* cellGroup = nullptr;   // by cell (incl. ghost cells): 0
-  int32_t* cellSeq = nullptr;     // by cell (incl. ghost cells): the cell's own number
-  int32_t* cellTop = nullptr;     // by cell (incl. ghost cells): cell number of its column's top cell
-  bool bndFacesOn = true;         // open boundary faces carry U-points
-  int32_t totNoUvf = 0;           // faces with U-points: nivf, plus tnbe when bndFacesOn
-  int32_t noUInner = 0;           // U-points on inner faces
-  int32_t noUBnd = 0;             // U-points on open boundary faces
-  int32_t totNoUPnts = 0;         // noUInner + noUBnd
-  int32_t totNoBndCells = 0;      // ghost cells: sum of bndNoCells
-  int32_t* bndNoCells = nullptr;  // by open boundary: number of ghost cells
-  double* cellDepth = nullptr;    // by cell (computational): depth of the cell centre
-  int32_t* hacNo = nullptr;       // by cell: number of horizontally adjacent cells (popHAC)
-  int32_t* hacCell = nullptr;     // by adjacency entry: the adjacent cell
-  int32_t* hacIdx = nullptr;      // by cell: first adjacency entry
-  double* hacWeight = nullptr;    // by adjacency entry: exchange weight
-  int32_t cells = 0;              // computational cells (ghost cells excluded)
-  int32_t* ebli = nullptr;        // by column: bottom layer
-  int32_t* etli = nullptr;        // by column: top layer (nol-1 at rest)
-  int32_t* etliOld = nullptr;     // by element: etli of the previous timestep (wet/dry runs)
-  int32_t* fbli = nullptr;        // by face (0..totNoUvf-1): bottom layer
-  int32_t* ftli = nullptr;        // by face: top layer
+  double* cellVol = nullptr;    // by cell (computational): volume
+  int32_t* toplayerIdx = nullptr;  // by column: cell number of the top cell
+  int32_t* botlayerIdx = nullptr;  // by column: cell number of the bottom cell
+  int32_t* cell2elem = nullptr;    // by cell (incl. ghost cells): column
+  int32_t* cell2layer = nullptr;   // by cell (incl. ghost cells): absolute layer
+  int32_t* cellGroup = nullptr;    // by cell (incl. ghost cells): 0
+  int32_t* cellSeq = nullptr;      // by cell (incl. ghost cells): the cell's own number
+  int32_t* cellTop = nullptr;      // by cell (incl. ghost cells): cell number of its column's top cell
+  bool bndFacesOn = true;          // open boundary faces carry U-points
+  int32_t totNoUvf = 0;            // faces with U-points: nivf, plus tnbe when bndFacesOn
+  int32_t noUInner = 0;            // U-points on inner faces
+  int32_t noUBnd = 0;              // U-points on open boundary faces
+  int32_t totNoUPnts = 0;          // noUInner + noUBnd
+  int32_t totNoBndCells = 0;       // ghost cells: sum of bndNoCells
+  int32_t* bndNoCells = nullptr;   // by open boundary: number of ghost cells
+  double* cellDepth = nullptr;     // by cell (computational): depth of the cell centre
+  int32_t* hacNo = nullptr;        // by cell: number of horizontally adjacent cells (popHAC)
+  int32_t* hacCell = nullptr;      // by adjacency entry: the adjacent cell
+  int32_t* hacIdx = nullptr;       // by cell: first adjacency entry
+  double* hacWeight = nullptr;     // by adjacency entry: exchange weight
+  int32_t cells = 0;               // computational cells (ghost cells excluded)
+  int32_t* ebli = nullptr;         // by column: bottom layer
+  int32_t* etli = nullptr;         // by column: top layer (nol-1 at rest)
+  int32_t* etliOld = nullptr;      // by element: etli of the previous timestep (wet/dry runs)
+  int32_t* fbli = nullptr;         // by face (0..totNoUvf-1): bottom layer
+  int32_t* ftli = nullptr;         // by face: top layer
   // The tables of rows below (fdz ... edzc, evfbli) keep all rows of a table in one block that
   // starts at row 0: a row is never freed or replaced on its own, while whole tables of one shape
   // (edz and edzOld, fdz and fdzOld) may swap places.
-  double** fdz = nullptr;         // by face: thickness of each layer from fbli up (nol-fbli entries)
-  double** fdzOld = nullptr;      // by face: second buffer of fdz
-  double** fdzc = nullptr;        // by face: distance between layer centres k and k+1 (at least 1 entry)
-  double** edz = nullptr;         // by element: thickness of each layer from ebli up (nol-ebli entries)
-  double** edzOld = nullptr;      // by element: second buffer of edz
-  double** edzc = nullptr;        // by element: distance between layer centres k and k+1 (at least 1 entry)
-  double* edzInit = nullptr;      // by element: bottom cell thickness at rest (wet/dry runs)
-  int32_t* fUIdx = nullptr;       // by face: U-point number of the face's lowest layer
-  int32_t* fLayerOff = nullptr;   // by face, at 2f and 2f+1: fbli minus the ebli of each side (0, 0 on boundaries)
-  int32_t** evfbli = nullptr;     // by element: fbli of each of its faces, in mesh2d.evf order
-  thMesh2D mesh2d;                // the 2-D mesh
-  int32_t nol = 0;                // number of layers
-  double* dz = nullptr;           // by layer: thickness
-  double* layerDepth = nullptr;   // by layer: depth of the layer centre
-  double topDepth = 0.0;          // depth of the upper edge of layer nol-1
-  int32_t layerType = 0;          // a layerTypeEnum value
-  bool wetDryOn = false;          // etliOld and edzInit exist
+  double** fdz = nullptr;     // by face: thickness of each layer from fbli up (nol-fbli entries)
+  double** fdzOld = nullptr;  // by face: second buffer of fdz
+  double** fdzc = nullptr;    // by face: distance between layer centres k and k+1 (at least 1 entry)
+  double** edz = nullptr;     // by element: thickness of each layer from ebli up (nol-ebli entries)
+  double** edzOld = nullptr;  // by element: second buffer of edz
+  double** edzc = nullptr;    // by element: distance between layer centres k and k+1 (at least 1 entry)
+  double* edzInit = nullptr;  // by element: bottom cell thickness at rest (wet/dry runs)
+  int32_t* fUIdx = nullptr;   // by face: U-point number of the face's lowest layer
+  int32_t* fLayerOff =
+      nullptr;  // by face, at 2f and 2f+1: fbli minus the ebli of each side (0, 0 on boundaries)
+  int32_t** evfbli = nullptr;    // by element: fbli of each of its faces, in mesh2d.evf order
+  thMesh2D mesh2d;               // the 2-D mesh
+  int32_t nol = 0;               // number of layers
+  double* dz = nullptr;          // by layer: thickness
+  double* layerDepth = nullptr;  // by layer: depth of the layer centre
+  double topDepth = 0.0;         // depth of the upper edge of layer nol-1
+  int32_t layerType = 0;         // a layerTypeEnum value
+  bool wetDryOn = false;         // etliOld and edzInit exist
   // initCells leaves the tables (see cellTables) to their first use. Not carried by copies.
   bool deferTables = false;
 
@@ -173,7 +174,8 @@ class thModelInfo {
   // initModel: reads the mesh file (by mesh2d's meshFmt, with mesh2d's projection), the
   // bathymetry (as setElemBathy), the layer thicknesses from a comma-separated list, bottom layer
   // first (a piece that is no number is a layer of 0.0), stores topDepth; returns initCells.
-  int32_t initModel(std::string layerThickness, std::string meshFile, std::string bathymetry, double topDepth);
+  int32_t initModel(std::string layerThickness, std::string meshFile, std::string bathymetry,
+                    double topDepth);
   // elemBathy (and enol) from a number (every element), an inline list with "," between records,
   // or a file with one record a line; a record is a depth and optionally a layer count, split at
   // tab, blank or ";" (a count <= 0 is worked out from the depth). Needs mesh2d. Returns 0.
@@ -197,7 +199,8 @@ class thModelInfo {
   // to dryCells. A column keeps its bottom cell, with a negative thickness if the surface lies
   // under the sea bed. The volumes of the cells that flood or dry follow their thickness, so that
   // the cells hold the column's water. keepOld copies edz to edzOld and etli to etliOld first.
-  void updateDZWetDry(double* h, std::vector<int32_t>& wetCells, std::vector<int32_t>& dryCells, bool keepOld);
+  void updateDZWetDry(double* h, std::vector<int32_t>& wetCells, std::vector<int32_t>& dryCells,
+                      bool keepOld);
   // cellVol of each column's top cell from edz.
   void updateTopCellVol();
   // Refuses (layer type, cells, mesh changed since initCells, h missing) before anything changes.
@@ -254,7 +257,7 @@ class thModelInfo {
   // Puts every array of the fields into `shares`, so that a copy can take them along.
   void holdArrays() const;
   void copyFields(const thModelInfo& o);
-  void fillCellTop();        // step of initCells and updateCellTop, without checks
+  void fillCellTop();  // step of initCells and updateCellTop, without checks
   // Steps of initCells (model/thModelCells.cpp).
   void makeLayerDepths();
   void placeColumns();

@@ -119,8 +119,8 @@ std::string thModelInfo::toString(int32_t level) const {
     s += "Longest element distance: " + str(fd.maxV) + nl;
   }
   s += str(m.nBnd) + " boundaries, numbers: " + joinValues(m.bndId, m.nBnd, ",") + nl;
-  if (level >= 6 && dz != nullptr && m.bndFirst != nullptr && m.bndNoFaces != nullptr && m.bndElem != nullptr &&
-      m.vfl != nullptr)
+  if (level >= 6 && dz != nullptr && m.bndFirst != nullptr && m.bndNoFaces != nullptr &&
+      m.bndElem != nullptr && m.vfl != nullptr)
     for (int32_t b = 0; b < m.nBnd; b++) s += boundaryLines(*this, b);
   return s;
 }
@@ -131,21 +131,23 @@ std::string thModelInfo::blowupReport(int32_t cell) const {
     throw VException("thModelInfo::blowupReport: the cells are not initialised for this mesh (initCells).");
   // Ghost cells have no depth or layer count of their own: only computational cells are reported.
   if (cell < 0 || cell >= cells)
-    throw VException("thModelInfo::blowupReport: cell " + str(cell) + " is outside the computational cells 0.." +
-                     str(cells - 1) + ".");
+    throw VException("thModelInfo::blowupReport: cell " + str(cell) +
+                     " is outside the computational cells 0.." + str(cells - 1) + ".");
   if (etliOld == nullptr)
-    throw VException("thModelInfo::blowupReport: the previous timestep's top layers are kept only in wet/dry runs; "
-                     "call initWetDry first.");
+    throw VException(
+        "thModelInfo::blowupReport: the previous timestep's top layers are kept only in wet/dry runs; "
+        "call initWetDry first.");
   const std::string& nl = VCppLib::newline;
   const thMesh2D& m = mesh2d;
   const int32_t e = cell2elem[cell], l = cell2layer[cell], n = nol - ebli[e];
-  std::string s = nl + " --------------- Thalmod modelInfo Blowup report, cell=" + str(cell) + ", elem=" +
-                  str(e) + ", layer=" + str(l) + " ----------------------" + nl;
+  std::string s = nl + " --------------- Thalmod modelInfo Blowup report, cell=" + str(cell) +
+                  ", elem=" + str(e) + ", layer=" + str(l) + " ----------------------" + nl;
   s += "elemBathy\t=" + str(elemBathy[e]) + nl;
   s += "enol\t=" + str(enol[e]) + " (of " + str(nol) + ")" + nl;
   s += "ebli\t=" + str(ebli[e]) + nl;
   s += "etli\t=" + str(etli[e]) + " (previous timestep: " + str(etliOld[e]) + ")" + nl;
-  s += "edz \t=" + joinValues(edz[e], n, ",") + " (previous timestep: " + joinValues(edzOld[e], n, ",") + ")" + nl;
+  s += "edz \t=" + joinValues(edz[e], n, ",") + " (previous timestep: " + joinValues(edzOld[e], n, ",") +
+       ")" + nl;
   s += "faces:" + nl;
   for (int32_t j = 0; j < m.nivfpe[e] + m.nbvfpe[e]; j++) {
     const int32_t f = m.evf[m.eni[e] + j];
@@ -154,8 +156,8 @@ std::string thModelInfo::blowupReport(int32_t cell) const {
     const bool hasRow = f >= 0 && f < totNoUvf;
     const int32_t count = hasRow ? std::min(nol - (l - fbli[f]), nol - fbli[f]) : 0;
     const double* row = hasRow ? fdz[f] : nullptr;
-    s += "face " + str(f) + ":\tfdz=" + joinValues(row, count, ",") + " (previous timestep: " +
-         joinValues(row, count, ",") + ")" + nl;
+    s += "face " + str(f) + ":\tfdz=" + joinValues(row, count, ",") +
+         " (previous timestep: " + joinValues(row, count, ",") + ")" + nl;
   }
   return s;
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
-#include "support/VMsg.h"
 #include "support/VGeom.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -72,8 +72,9 @@ void sigmaSection(const thModelInfo& mi, const int32_t* ise, const double* isd, 
   const int32_t nol = mi.nol;
   for (int32_t c = 0; c < n; ++c)
     if (ise[c] < 0)  // its depth would come from no element
-      throw VException("ise2VMesh: stretch " + str(c) +
-                       " of the section lies outside the mesh; cut such stretches off a section of sigma layers.");
+      throw VException(
+          "ise2VMesh: stretch " + str(c) +
+          " of the section lies outside the mesh; cut such stretches off a section of sigma layers.");
   m.non = n * (nol + 1) * 2;
   m.nxCoor = new double[m.non];
   m.nyCoor = new double[m.non];

@@ -90,8 +90,7 @@ void thModelInfo::installBathy(std::vector<double>& depth, std::vector<int32_t>&
 }
 
 int32_t thModelInfo::setElemBathy(std::string bathy) {
-  if (mesh2d.noe < 1)
-    throw VException(noMeshText());
+  if (mesh2d.noe < 1) throw VException(noMeshText());
   // Read and checked in full before anything changes. A mesh of noe elements always gets noe
   // values here or a failure, so the shorter list that "Not enough values in bathy." would name
   // cannot arise.
@@ -108,8 +107,7 @@ int32_t thModelInfo::initModel(std::string layerList, std::string meshFile, std:
   fresh.meshFmt = mesh2d.meshFmt;
   fresh.projection = mesh2d.projection;  // not stored in a mesh file
   fresh.readMeshFromFile(meshFile);
-  if (fresh.noe < 1)
-    throw VException(noMeshText());
+  if (fresh.noe < 1) throw VException(noMeshText());
   BathySpec b = readBathySpec(bathy, fresh.noe);
   std::vector<double> layers = readLayerThickness(layerList);
   const int32_t nolNew = static_cast<int32_t>(layers.size());

@@ -326,8 +326,7 @@ nc_type inqNumericAtt(int ncid, int varid, const std::string& name, size_t& len,
   nc_type type = NC_NAT;
   status = nc_inq_att(ncid, varid, name.c_str(), &type, &len);
   if (status < 0) throw VException(nc_strerror(status));
-  if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT &&
-      type != NC_BYTE)
+  if (type != NC_FLOAT && type != NC_DOUBLE && type != NC_SHORT && type != NC_INT && type != NC_BYTE)
     throw VException(VNetCdf::unsupportedTypeMessage(type));
   return type;
 }
@@ -363,10 +362,17 @@ void* VNetCdf::getAttRaw(std::string name, int32_t varid) {
 
 int32_t VNetCdf::ncTypeSize(int32_t type) {
   switch (type) {
-    case NC_BYTE: case NC_CHAR: case NC_UBYTE: return 1;
-    case NC_SHORT: case NC_USHORT: return 2;
-    case NC_INT: case NC_FLOAT: case NC_UINT: return 4;
-    case NC_DOUBLE: case NC_INT64: case NC_UINT64: return 8;
+    case NC_BYTE:
+    case NC_CHAR:
+    case NC_UBYTE: return 1;
+    case NC_SHORT:
+    case NC_USHORT: return 2;
+    case NC_INT:
+    case NC_FLOAT:
+    case NC_UINT: return 4;
+    case NC_DOUBLE:
+    case NC_INT64:
+    case NC_UINT64: return 8;
     default: return 0;
   }
 }
@@ -389,9 +395,9 @@ int32_t VNetCdf::getVarLen(int32_t varid, bool skipRecordDim) {
 
 void VNetCdf::checkVarId(int32_t varid, const char* fn) const {
   if (varid < 0 || varid >= nvars || varid >= static_cast<int32_t>(varDimIds.size()))
-    throw VException("VNetCdf::" + std::string(fn) + ": variable id " +
-                     VStr::toString<int>(varid) + " is out of range in '" + fileName + "', which has " +
-                     VStr::toString<int>(nvars) + " variables.");
+    throw VException("VNetCdf::" + std::string(fn) + ": variable id " + VStr::toString<int>(varid) +
+                     " is out of range in '" + fileName + "', which has " + VStr::toString<int>(nvars) +
+                     " variables.");
 }
 
 int64_t VNetCdf::trueVarLen(int32_t varid, bool skipRecordDim, const char* fn) {

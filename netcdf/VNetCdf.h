@@ -32,19 +32,19 @@ class VNetCdf {
   int32_t ndims = 0;
   int32_t nvars = 0;
   int32_t ngatts = 0;
-  int32_t unlimdimid = -1;  // id of the unlimited dimension, -1 if none
-  std::vector<std::string> dimNames;        // indexed by dimension id
-  std::vector<int32_t> dimLen;              // indexed by dimension id, narrowed to 32 bits
-  std::vector<int32_t> varNdims;            // indexed by variable id
-  std::vector<std::string> varNames;        // indexed by variable id
-  std::vector<int32_t> varTypes;            // NetCDF type code, indexed by variable id
+  int32_t unlimdimid = -1;                      // id of the unlimited dimension, -1 if none
+  std::vector<std::string> dimNames;            // indexed by dimension id
+  std::vector<int32_t> dimLen;                  // indexed by dimension id, narrowed to 32 bits
+  std::vector<int32_t> varNdims;                // indexed by variable id
+  std::vector<std::string> varNames;            // indexed by variable id
+  std::vector<int32_t> varTypes;                // NetCDF type code, indexed by variable id
   std::vector<std::vector<int32_t>> varDimIds;  // indexed by variable id, in the variable's order
   int32_t layerLen3D = -1;  // cells of one record of the first 3-D record variable, -1 if none
   int32_t layerLen4D = -1;  // same for the first 4-D record variable
   std::string fileName;
-  double* scaleTab = nullptr;    // per variable id, null until setScaleOffsetAtts
-  double* offsetTab = nullptr;   // per variable id, null until setScaleOffsetAtts
-  void** missingTab = nullptr;   // per variable id: null or a raw block holding the missing value
+  double* scaleTab = nullptr;   // per variable id, null until setScaleOffsetAtts
+  double* offsetTab = nullptr;  // per variable id, null until setScaleOffsetAtts
+  void** missingTab = nullptr;  // per variable id: null or a raw block holding the missing value
 
   // Opens `name` for reading (never for writing), or creates it as a NetCDF-4 file when `create`.
   VNetCdf(std::string name, bool create);

@@ -104,14 +104,17 @@ int dataStatus(const std::vector<VarExtent>& vars, uint64_t numrecs, bool stream
 
 int typeSize(uint64_t type, bool cdf5) {
   switch (type) {
-    case NC_BYTE: case NC_CHAR: return 1;
+    case NC_BYTE:
+    case NC_CHAR: return 1;
     case NC_SHORT: return 2;
-    case NC_INT: case NC_FLOAT: return 4;
+    case NC_INT:
+    case NC_FLOAT: return 4;
     case NC_DOUBLE: return 8;
     case NC_UBYTE: return cdf5 ? 1 : 0;
     case NC_USHORT: return cdf5 ? 2 : 0;
     case NC_UINT: return cdf5 ? 4 : 0;
-    case NC_INT64: case NC_UINT64: return cdf5 ? 8 : 0;
+    case NC_INT64:
+    case NC_UINT64: return cdf5 ? 8 : 0;
     default: return 0;
   }
 }
@@ -198,8 +201,10 @@ int classicHeaderStatus(const std::string& path) {
       if (dim >= ndims && r.ok()) return NC_EBADDIM;
       if (!r.ok()) return NC_ENOTNC;
       // only the first dimension can be the record dimension
-      if (dimLens[dim] == 0 && i == 0) e.record = true;
-      else e.bytes = satMul(e.bytes, dimLens[dim]);
+      if (dimLens[dim] == 0 && i == 0)
+        e.record = true;
+      else
+        e.bytes = satMul(e.bytes, dimLens[dim]);
     }
     if (!h.attributes()) return h.status;
     const int size = typeSize(r.uint(4), cdf5);

@@ -44,11 +44,9 @@ std::vector<int64_t> VNetCdf::getTimeVarValues(int32_t timeVar, std::string unit
   }
   checkVarId(timeVar, "getTimeVarValues");
   if (varNdims[timeVar] != 1)
-    throw VException("'" + varNames[timeVar] + "' variable has more than one dimension in " +
-                     fileName);
+    throw VException("'" + varNames[timeVar] + "' variable has more than one dimension in " + fileName);
   if (units.empty()) units = getAttStr("units", timeVar);
-  if (units.empty())
-    throw VException("Could not find 'units' attribute of time var in " + fileName);
+  if (units.empty()) throw VException("Could not find 'units' attribute of time var in " + fileName);
 
   size_t since = units.find("since ");
   if (since == std::string::npos) throw VException("Could not parse time unit in netcdf file.");
@@ -89,8 +87,8 @@ std::vector<int64_t> VNetCdf::getTimeVarValues(int32_t timeVar, std::string unit
     // 2^63 as a double: anything not below it (or NaN, a fill value) has no long date-time
     if (!(std::fabs(t) < 9223372036854775808.0))
       throw VException("Value " + VStr::toString<double>(values[i]) + " at position " +
-                       VStr::toString<int64_t>(i) + " of time variable '" + varNames[timeVar] +
-                       "' in " + fileName + " is not a valid time.");
+                       VStr::toString<int64_t>(i) + " of time variable '" + varNames[timeVar] + "' in " +
+                       fileName + " is not a valid time.");
     result.push_back(static_cast<int64_t>(t));  // truncates toward zero
   }
   return result;
@@ -108,11 +106,11 @@ VCartGrid VNetCdf::getGrid(int32_t xVar, int32_t yVar, int32_t zVar) {
   for (int32_t v : {xVar, yVar}) {
     int64_t len = trueVarLen(v, false, "getGrid");
     if (len < 2)
-      throw VException("VNetCdf::getGrid: coordinate variable '" + varNames[v] + "' in '" +
-                       fileName + "' has fewer than two points.");
+      throw VException("VNetCdf::getGrid: coordinate variable '" + varNames[v] + "' in '" + fileName +
+                       "' has fewer than two points.");
     if (len != (v == xVar ? grid.nx : grid.ny))
-      throw VException("VNetCdf::getGrid: coordinate variable '" + varNames[v] + "' in '" +
-                       fileName + "' has not the length that the file's header gives.");
+      throw VException("VNetCdf::getGrid: coordinate variable '" + varNames[v] + "' in '" + fileName +
+                       "' has not the length that the file's header gives.");
     checkVarFitsFile(v, "getGrid");  // before the axes are allocated at their declared lengths
   }
   std::vector<double> x(static_cast<size_t>(grid.nx)), y(static_cast<size_t>(grid.ny));

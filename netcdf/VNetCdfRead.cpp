@@ -31,11 +31,21 @@ bool isReadableType(int32_t type) {
 
 // The library's hyperslab read into an array of the caller's type; the library converts from the
 // stored type, so a caller's array of another type is filled with values, not with foreign bytes.
-int ncGetVara(int nc, int v, const size_t* s, const size_t* c, float* d) { return nc_get_vara_float(nc, v, s, c, d); }
-int ncGetVara(int nc, int v, const size_t* s, const size_t* c, double* d) { return nc_get_vara_double(nc, v, s, c, d); }
-int ncGetVara(int nc, int v, const size_t* s, const size_t* c, short* d) { return nc_get_vara_short(nc, v, s, c, d); }
-int ncGetVara(int nc, int v, const size_t* s, const size_t* c, int* d) { return nc_get_vara_int(nc, v, s, c, d); }
-int ncGetVara(int nc, int v, const size_t* s, const size_t* c, long* d) { return nc_get_vara_long(nc, v, s, c, d); }
+int ncGetVara(int nc, int v, const size_t* s, const size_t* c, float* d) {
+  return nc_get_vara_float(nc, v, s, c, d);
+}
+int ncGetVara(int nc, int v, const size_t* s, const size_t* c, double* d) {
+  return nc_get_vara_double(nc, v, s, c, d);
+}
+int ncGetVara(int nc, int v, const size_t* s, const size_t* c, short* d) {
+  return nc_get_vara_short(nc, v, s, c, d);
+}
+int ncGetVara(int nc, int v, const size_t* s, const size_t* c, int* d) {
+  return nc_get_vara_int(nc, v, s, c, d);
+}
+int ncGetVara(int nc, int v, const size_t* s, const size_t* c, long* d) {
+  return nc_get_vara_long(nc, v, s, c, d);
+}
 
 // Product of the low 32 bits of the counts, in wrapping 32-bit arithmetic.
 int32_t wrappedCountProduct(int32_t n, const size_t* count) {
@@ -122,8 +132,7 @@ int32_t VNetCdf::getStartAndCountArr(int32_t varid, size_t*& start, size_t*& cou
   return static_cast<int32_t>(n);
 }
 
-int32_t VNetCdf::getTimestepStartAndCount(int32_t varid, int32_t t, size_t*& start,
-                                          size_t*& count) {
+int32_t VNetCdf::getTimestepStartAndCount(int32_t varid, int32_t t, size_t*& start, size_t*& count) {
   getStartAndCountArr(varid, start, count);
   start[0] = static_cast<size_t>(t);
   count[0] = 1;
@@ -165,8 +174,8 @@ void VNetCdf::getDataIntoGivenType(int32_t varid, T*& data, size_t* start, size_
   // temporary must hold that many even where l, the count that is converted, says otherwise
   int64_t exact = exactCount(nd, count);
   if (exact < 0 || (nd > 0 && exact != l))
-    throw VException("VNetCdf::getDataIntoGivenType: the hyperslab of variable '" +
-                     varNames[varid] + "' in '" + fileName + "' has too many elements.");
+    throw VException("VNetCdf::getDataIntoGivenType: the hyperslab of variable '" + varNames[varid] +
+                     "' in '" + fileName + "' has too many elements.");
   size_t room = static_cast<size_t>(exact > 0 ? exact : 1);
   auto convert = [&](auto* tag) {
     using In = std::remove_pointer_t<decltype(tag)>;
@@ -189,8 +198,8 @@ void VNetCdf::getDataIntoGivenType(int32_t varid, T*& data, size_t* start, size_
 void VNetCdf::checkReadFits(int32_t varid, const size_t* count, const char* fn) {
   int64_t n = exactCount(varNdims[varid], count);
   if (n < 0 || n > std::numeric_limits<int32_t>::max())
-    throw VException("VNetCdf::" + std::string(fn) + ": variable '" + varNames[varid] + "' in '" +
-                     fileName + "' is too large to be read at once.");
+    throw VException("VNetCdf::" + std::string(fn) + ": variable '" + varNames[varid] + "' in '" + fileName +
+                     "' is too large to be read at once.");
 }
 
 template <typename T>
@@ -233,7 +242,9 @@ void* VNetCdf::getTimestepRaw(int32_t varid, int32_t t) {
   std::unique_ptr<char[]> block(new char[4 * static_cast<size_t>(s) * elems]());
   switch (type) {
     case NC_FLOAT: nc_get_vara_float(ncid, varid, start, count, reinterpret_cast<float*>(block.get())); break;
-    case NC_DOUBLE: nc_get_vara_double(ncid, varid, start, count, reinterpret_cast<double*>(block.get())); break;
+    case NC_DOUBLE:
+      nc_get_vara_double(ncid, varid, start, count, reinterpret_cast<double*>(block.get()));
+      break;
     case NC_SHORT: nc_get_vara_short(ncid, varid, start, count, reinterpret_cast<short*>(block.get())); break;
     default: nc_get_vara_int(ncid, varid, start, count, reinterpret_cast<int*>(block.get())); break;
   }
@@ -254,8 +265,7 @@ void VNetCdf::scaleOffset(In* dataIn, Out*& dataOut, int32_t l, int32_t varid) {
   const double sc = scaleTab[varid];
   const double off = offsetTab[varid];
   if (!missingTab || !missingTab[varid]) {
-    for (int32_t i = 0; i < l; ++i)
-      dataOut[i] = convertTo<Out>(sc * static_cast<double>(dataIn[i]) + off);
+    for (int32_t i = 0; i < l; ++i) dataOut[i] = convertTo<Out>(sc * static_cast<double>(dataIn[i]) + off);
     return;
   }
   const In m = missingAs<In>(missingTab[varid]);
@@ -281,8 +291,7 @@ void VNetCdf::scaleOffset(T*& data, int32_t l, int32_t varid) {
     if (data[i] != m) data[i] = convertTo<T>(sc * static_cast<double>(data[i]) + off);
 }
 
-void VNetCdf::setScaleOffsetAtts(std::string scaleName, std::string offsetName,
-                                 std::string missingName) {
+void VNetCdf::setScaleOffsetAtts(std::string scaleName, std::string offsetName, std::string missingName) {
   // built aside and installed at the end, so that a failing attribute leaves the old tables
   const int32_t n = nvars;
   std::unique_ptr<double[]> scale(new double[n > 0 ? n : 1]);
@@ -310,11 +319,11 @@ void VNetCdf::setScaleOffsetAtts(std::string scaleName, std::string offsetName,
 
 // ---------------------------------------------------------------- instantiations
 
-#define VNETCDF_READS(T)                                                              \
-  template int32_t VNetCdf::getData<T>(int32_t, T*&, size_t*, size_t*);               \
-  template void VNetCdf::getDataIntoGivenType<T>(int32_t, T*&, size_t*, size_t*);     \
-  template void VNetCdf::getAllDataIntoGivenType<T>(int32_t, T*&);                    \
-  template void VNetCdf::getTimestepData<T>(int32_t, int32_t, T*&);                   \
+#define VNETCDF_READS(T)                                                          \
+  template int32_t VNetCdf::getData<T>(int32_t, T*&, size_t*, size_t*);           \
+  template void VNetCdf::getDataIntoGivenType<T>(int32_t, T*&, size_t*, size_t*); \
+  template void VNetCdf::getAllDataIntoGivenType<T>(int32_t, T*&);                \
+  template void VNetCdf::getTimestepData<T>(int32_t, int32_t, T*&);               \
   template void VNetCdf::scaleOffset<T>(T*&, int32_t, int32_t);
 VNETCDF_READS(double)
 VNETCDF_READS(float)
@@ -323,11 +332,11 @@ VNETCDF_READS(int16_t)
 VNETCDF_READS(int64_t)
 #undef VNETCDF_READS
 
-#define VNETCDF_SCALE_OFFSET(In)                                                      \
-  template void VNetCdf::scaleOffset<In, double>(In*, double*&, int32_t, int32_t);    \
-  template void VNetCdf::scaleOffset<In, float>(In*, float*&, int32_t, int32_t);      \
-  template void VNetCdf::scaleOffset<In, int32_t>(In*, int32_t*&, int32_t, int32_t);  \
-  template void VNetCdf::scaleOffset<In, int16_t>(In*, int16_t*&, int32_t, int32_t);  \
+#define VNETCDF_SCALE_OFFSET(In)                                                     \
+  template void VNetCdf::scaleOffset<In, double>(In*, double*&, int32_t, int32_t);   \
+  template void VNetCdf::scaleOffset<In, float>(In*, float*&, int32_t, int32_t);     \
+  template void VNetCdf::scaleOffset<In, int32_t>(In*, int32_t*&, int32_t, int32_t); \
+  template void VNetCdf::scaleOffset<In, int16_t>(In*, int16_t*&, int32_t, int32_t); \
   template void VNetCdf::scaleOffset<In, int64_t>(In*, int64_t*&, int32_t, int32_t);
 VNETCDF_SCALE_OFFSET(float)
 VNETCDF_SCALE_OFFSET(double)

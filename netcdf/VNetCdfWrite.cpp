@@ -101,8 +101,8 @@ int32_t VNetCdf::putTimestepData(int32_t varid, int32_t t, void* data) {
   checkVarId(varid, "putTimestepData");
   const std::vector<int32_t>& ids = varDimIds[varid];
   if (ids.empty())
-    throw VException("VNetCdf::putTimestepData: variable '" + varNames[varid] + "' in '" +
-                     fileName + "' has no dimensions and so no records.");
+    throw VException("VNetCdf::putTimestepData: variable '" + varNames[varid] + "' in '" + fileName +
+                     "' has no dimensions and so no records.");
   auto cachedLen = [this](int32_t d) { return d >= 0 && d < ndims ? dimLen[d] : 0; };
   // the cached length of an unlimited dimension is 0 in a file being written
   if (cachedLen(ids[0]) != 0) throw VException("putTimestepData: first dim must be unlimited.");
@@ -227,8 +227,8 @@ void VNetCdf::copyVarData(VNetCdf& src, int32_t srcVar, int32_t dstVar) {
   int64_t need = writeBytes(ncid, dstVar);
   if (need < 0) return;
   if (need > 4 * static_cast<int64_t>(s) * n)
-    throw VException("VNetCdf::copyVarData: variable '" + std::string(src.varNames[srcVar]) +
-                     "' of '" + src.fileName + "' is smaller than its copy in '" + fileName + "'.");
+    throw VException("VNetCdf::copyVarData: variable '" + std::string(src.varNames[srcVar]) + "' of '" +
+                     src.fileName + "' is smaller than its copy in '" + fileName + "'.");
   putVar(dstVar, block.get());
 }
 
@@ -256,8 +256,7 @@ void VNetCdf::copyDim(VNetCdf& src, int32_t dimId, bool withVar, std::string new
 }
 
 void VNetCdf::copyAllDims(VNetCdf& src, bool withVar) {
-  for (int32_t d = 0; d < static_cast<int32_t>(src.dimNames.size()); ++d)
-    copyDim(src, d, withVar, "");
+  for (int32_t d = 0; d < static_cast<int32_t>(src.dimNames.size()); ++d) copyDim(src, d, withVar, "");
 }
 
 }  // namespace VCppLib

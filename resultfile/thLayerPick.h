@@ -36,8 +36,10 @@ void pickLayer(const thModelInfo& mi, int32_t layer, float* out, F&& valueAt, in
     }
   } else {
     for (int32_t e = eFrom; e < noe; ++e) {
-      if (layer >= ebli[e]) valueAt(bli[e] - ebli[e] + layer, out[e]);
-      else out[e] = del;
+      if (layer >= ebli[e])
+        valueAt(bli[e] - ebli[e] + layer, out[e]);
+      else
+        out[e] = del;
     }
   }
 }

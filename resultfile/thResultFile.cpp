@@ -27,9 +27,9 @@ struct fmtText {
   fileFmtEnum f;
   const char* text;
 };
-constexpr fmtText fmtTexts[] = {{EMT, "EMT"},         {EMB, "EMB"},     {TEXT0D, "TEXT0D"},
-                                {TEXT1D, "TEXT1D"},   {EMF, "EMF"},     {NC, "NC"},
-                                {RESTART, "RESTART"}, {DECOUPLED, "DECOUPLED"}, {MESH, "MESH"}};
+constexpr fmtText fmtTexts[] = {{EMT, "EMT"},  {EMB, "EMB"}, {TEXT0D, "TEXT0D"},   {TEXT1D, "TEXT1D"},
+                                {EMF, "EMF"},  {NC, "NC"},   {RESTART, "RESTART"}, {DECOUPLED, "DECOUPLED"},
+                                {MESH, "MESH"}};
 
 }  // namespace
 
@@ -50,8 +50,7 @@ void backupOrRemoveFile(std::string filename, bool backup) {
   backupFileName = filename;
   if (!VCppLib::fileExists(filename)) return;
   if (backup) {
-    std::string stamped =
-        VCppLib::insertBeforeExt(filename, VCppLib::VDT::nowStr(VCppLib::VTimeStampFmt));
+    std::string stamped = VCppLib::insertBeforeExt(filename, VCppLib::VDT::nowStr(VCppLib::VTimeStampFmt));
     std::rename(filename.c_str(), stamped.c_str());  // a failure leaves the file as it is
   } else {
     std::remove(filename.c_str());
@@ -115,8 +114,11 @@ int32_t thResultFile::readHeader() {
   switch (format) {
     case NC: readHeaderNC(); break;
     // EMB may become RESTART or DECOUPLED there, by its first item
-    case EMB: case RESTART: case DECOUPLED: readHeaderEMB(); break;
-    case TEXT0D: case TEXT1D: readHeaderText(); break;
+    case EMB:
+    case RESTART:
+    case DECOUPLED: readHeaderEMB(); break;
+    case TEXT0D:
+    case TEXT1D: readHeaderText(); break;
     case EMT: break;  // write-only: nothing to read
     case MESH: result = mInfo.mesh2d.readMeshFromFile(filename); break;
     default: throw VException("thResultFile::readItemData undefined format.");
@@ -222,17 +224,16 @@ int32_t thResultFile::getItemOffset(int32_t itemNo) {
 void thResultFile::checkItemNo(int32_t itemNo, const char* fn) {
   int32_t n = static_cast<int32_t>(std::min(itemNameVec.size(), itemLengthVec.size()));
   if (itemNo < 0 || itemNo >= n)
-    throw VException("thResultFile::" + std::string(fn) + ": item number " +
-                     VStr::toString<int>(itemNo) + " is out of range; '" + filename + "' has " +
-                     VStr::toString<int>(n) + " items.");
+    throw VException("thResultFile::" + std::string(fn) + ": item number " + VStr::toString<int>(itemNo) +
+                     " is out of range; '" + filename + "' has " + VStr::toString<int>(n) + " items.");
 }
 
 void thResultFile::checkElemNo(int32_t elemNo, const char* fn) {
   int32_t noe = mInfo.mesh2d.noe;
   if (elemNo < 0 || elemNo >= noe)
-    throw VException("thResultFile::" + std::string(fn) + ": element number " +
-                     VStr::toString<int>(elemNo) + " is out of range; the mesh of '" + filename +
-                     "' has " + VStr::toString<int>(noe) + " elements.");
+    throw VException("thResultFile::" + std::string(fn) + ": element number " + VStr::toString<int>(elemNo) +
+                     " is out of range; the mesh of '" + filename + "' has " + VStr::toString<int>(noe) +
+                     " elements.");
   if (!mInfo.isInit)
     throw VException("thResultFile::" + std::string(fn) + ": the cells of '" + filename +
                      "' are not set up; read the header first.");

@@ -60,10 +60,10 @@ extern std::string backupFileName;
 // A time-independent block of a result file.
 struct staticItem {
   int32_t noValues = 0;
-  int32_t noBytes = 0;       // length of data in bytes
-  uint8_t* data = nullptr;   // the values; null when noValues is not positive
+  int32_t noBytes = 0;      // length of data in bytes
+  uint8_t* data = nullptr;  // the values; null when noValues is not positive
   std::string name;
-  std::string typeName;      // "float", "char" or "int"
+  std::string typeName;  // "float", "char" or "int"
   // Set when the library made `data` (a reader's copy, a writer's own block); such blocks are
   // released with the thResultFile. Blocks handed in through addStaticItem stay the caller's.
   bool ownsData = false;
@@ -71,41 +71,41 @@ struct staticItem {
 
 class thResultFile {
  public:
-  float* floatBuf = nullptr;  // maxItemLength values, made at the first float64 write
-  int32_t floatBufLen = 0;    // values that floatBuf holds; it grows when a new header needs more
-  int32_t format = -1;        // a fileFmtEnum value or -1
-  std::string filename;       // name of the first physical file
-  thModelInfo mInfo;          // the model description; mInfo.mesh2d is the mesh
+  float* floatBuf = nullptr;             // maxItemLength values, made at the first float64 write
+  int32_t floatBufLen = 0;               // values that floatBuf holds; it grows when a new header needs more
+  int32_t format = -1;                   // a fileFmtEnum value or -1
+  std::string filename;                  // name of the first physical file
+  thModelInfo mInfo;                     // the model description; mInfo.mesh2d is the mesh
   std::vector<std::string> itemNameVec;  // item names, in file order
   std::vector<int32_t> itemLengthVec;    // values per timestep of each item, same order
   // Modification time of the file read (seconds since 1970); the local clock as a long date-time
   // after writeHeader.
   int64_t fileTime = 0;
-  int32_t fileVersion = 8;    // version of the file read; 0 when it has none
-  int32_t headerLen = 0;      // byte offset of the first data value of an EMB file
-  int32_t curTimestep = 0;    // timestep of sequential reading
-  int32_t colWidth = 12;      // width of a value column in EMF output
-  std::string sep = "\t";     // separator of text output
+  int32_t fileVersion = 8;         // version of the file read; 0 when it has none
+  int32_t headerLen = 0;           // byte offset of the first data value of an EMB file
+  int32_t curTimestep = 0;         // timestep of sequential reading
+  int32_t colWidth = 12;           // width of a value column in EMF output
+  std::string sep = "\t";          // separator of text output
   VCppLib::VNetCdf* nc = nullptr;  // the open NetCDF file, owned
   int32_t ncTimeDim = -1, ncElemDim = -1, ncCellDim = -1;  // dimension ids made by writeHeader
-  std::vector<int32_t> ncVarIds;  // NetCDF variable id of each item
+  std::vector<int32_t> ncVarIds;                           // NetCDF variable id of each item
   // Timesteps after which EMB writing moves on to the next physical file; negative: worked out
   // by writeHeader so that a file stays below 2e9 bytes.
   int32_t timestepsPerFile = -1;
-  int32_t fileNo = 0;         // current physical file, 0 for the first
-  int32_t maxItemLength = 0;  // largest entry of itemLengthVec, set by writeHeader
-  int32_t writeVersion = 8;   // version stamped on files written
-  std::fstream stream;        // stream of EMB writing
+  int32_t fileNo = 0;                        // current physical file, 0 for the first
+  int32_t maxItemLength = 0;                 // largest entry of itemLengthVec, set by writeHeader
+  int32_t writeVersion = 8;                  // version stamped on files written
+  std::fstream stream;                       // stream of EMB writing
   int32_t writeTimestep = 0, writeItem = 0;  // position of the next writeItemData call
-  int64_t versionCutoffDT = 0;  // "2012-06-01": older EMB files have no version field
-  std::string* cellText = nullptr;  // per cell, the EMF row being built
-  int32_t cellTextLen = 0;          // entries of cellText
-  int32_t textBufLen = 0;           // characters waiting in textBuf
-  char textBuf[10240];              // output buffer of the text formats
-  int64_t textPos = 0;              // where the next line of a TEXT0D or TEXT1D file starts
-  uint8_t* itemRead = nullptr;      // per item: read at curTimestep (readNextItemData)
-  int32_t itemReadLen = 0;          // entries of itemRead
-  std::vector<staticItem> staticItems;  // static items not consumed by the reader, or to write
+  int64_t versionCutoffDT = 0;               // "2012-06-01": older EMB files have no version field
+  std::string* cellText = nullptr;           // per cell, the EMF row being built
+  int32_t cellTextLen = 0;                   // entries of cellText
+  int32_t textBufLen = 0;                    // characters waiting in textBuf
+  char textBuf[10240];                       // output buffer of the text formats
+  int64_t textPos = 0;                       // where the next line of a TEXT0D or TEXT1D file starts
+  uint8_t* itemRead = nullptr;               // per item: read at curTimestep (readNextItemData)
+  int32_t itemReadLen = 0;                   // entries of itemRead
+  std::vector<staticItem> staticItems;       // static items not consumed by the reader, or to write
   // Scratch of the layer reads of NetCDF files: one timestep of a 3-D item, by cell. Kept between
   // calls so that a series of maps does not fault in a fresh block of memory each time.
   std::vector<float> layerBuf;
@@ -137,7 +137,7 @@ class thResultFile {
   std::string getFileName();  // name of physical file fileNo
   // The physical file that holds `timestep`, which becomes an index within that file.
   std::string getFileForTimestep(int32_t& timestep);
-  int32_t getTotNoTimesteps();  // timesteps in all physical files; puts fileNo back to 0
+  int32_t getTotNoTimesteps();          // timesteps in all physical files; puts fileNo back to 0
   int32_t getItemNo(std::string name);  // first item of that name; the number of items if none
   void addItem(std::string name, int32_t length);
   int32_t getItemOffset(int32_t itemNo);  // values of the items before itemNo in a timestep
@@ -167,11 +167,10 @@ class thResultFile {
   int32_t readLayer(int32_t itemNo, int32_t timestep, int32_t layer, double** data);
   int64_t readLayerAtDepth(int32_t itemNo, int32_t timestep, double depth, double* data);
   // Draws the layer at the element centres onto the caller's bitmap of nx*ny colours; p is ignored.
-  int32_t readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timestep, int32_t layer,
-                                     int32_t** bitmap, int32_t nx, int32_t ny, int32_t nz,
-                                     double xmin, double xmax, double ymin, double ymax,
-                                     double zmin, double zmax, int32_t* colArr, int32_t noCol,
-                                     double r, double p);
+  int32_t readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timestep, int32_t layer, int32_t** bitmap,
+                                     int32_t nx, int32_t ny, int32_t nz, double xmin, double xmax,
+                                     double ymin, double ymax, double zmin, double zmax, int32_t* colArr,
+                                     int32_t noCol, double r, double p);
   // One element's column into the caller's buffer of nol values, indexed by absolute layer.
   int32_t readProfile(int32_t itemNo, int32_t timestep, int32_t elemNo, float* data);
 
@@ -182,19 +181,19 @@ class thResultFile {
   // over a bend; d is nominal, 0, dist, 2 dist, ...) times the noZ depths z; v[i*noZ+j] is point i
   // at depth j, every column taken to own nol cells; delVal outside the mesh, below the sea bed
   // and beyond the item. xC, yC: the points.
-  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
-                             const double* z, int32_t noZ, double dist, double** d, int32_t* noD, double** v,
-                             int32_t* noV, double** xC, double** yC);
-  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
-                             const double* z, int32_t noZ, double dist, double** d, int32_t* noD, double** v,
-                             int32_t* noV);
+  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y,
+                             int32_t noPnts, const double* z, int32_t noZ, double dist, double** d,
+                             int32_t* noD, double** v, int32_t* noV, double** xC, double** yC);
+  int32_t extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y,
+                             int32_t noPnts, const double* z, int32_t noZ, double dist, double** d,
+                             int32_t* noD, double** v, int32_t* noV);
   static void extractSectionCartFreeMem(double* d, double* v, double* xC, double* yC);
   static void extractSectionCartFreeMem(double* d, double* v);
   // Layers: at each point inside the mesh, for each layer whose centre lies above the element's sea
   // bed, the distance walked (d), the layer centre's depth (z) and the cell's value (v); *n entries.
   // Points outside the mesh are skipped.
-  int32_t extractSectionLayers(int32_t itemNo, int32_t timestep, const double* x, const double* y, int32_t noPnts,
-                               double** d, double** z, double** v, int32_t* n);
+  int32_t extractSectionLayers(int32_t itemNo, int32_t timestep, const double* x, const double* y,
+                               int32_t noPnts, double** d, double** z, double** v, int32_t* n);
   // The same at ceil(length/dist)+1 points spread evenly along a line, its end exactly.
   int32_t extractSectionLayers(int32_t itemNo, int32_t timestep, double x0, double y0, double x1, double y1,
                                double dist, double** d, double** z, double** v, int32_t* n);
@@ -202,8 +201,8 @@ class thResultFile {
 
   // ---- time series; timeStepTo is not part of the range, negative means to the end
   // *data: a new array, one value per timestep. Returns the number of values.
-  int32_t readTimeSeries(int32_t itemNo, int32_t elemNo, int32_t layerNo, double** data,
-                         int32_t timeStepFrom, int32_t timeStepTo);
+  int32_t readTimeSeries(int32_t itemNo, int32_t elemNo, int32_t layerNo, double** data, int32_t timeStepFrom,
+                         int32_t timeStepTo);
   // *data: a new array, timestep after timestep, each the column from the element's bottom up.
   int32_t readTimeSeriesProfile(int32_t itemNo, int32_t elemNo, double** data, int32_t timeStepFrom,
                                 int32_t timeStepTo);
@@ -259,8 +258,7 @@ class thResultFile {
   // Fills data with timesteps from..to-1 of value `index` of the item in physical file fileNo.
   void readTimeSeriesEMB(int32_t itemNo, int32_t index, int32_t from, int32_t to, double* data);
   // Fills data with timesteps from..to-1 of the element's column in physical file fileNo.
-  void readTimeSeriesProfileEMB(int32_t itemNo, int32_t elemNo, int32_t from, int32_t to,
-                                double* data);
+  void readTimeSeriesProfileEMB(int32_t itemNo, int32_t elemNo, int32_t from, int32_t to, double* data);
   void writeHeaderEMB();
   void writeItemDataEMB(float* data, int32_t n);
   void closeFileEMB(int32_t noTimesteps);

@@ -81,8 +81,7 @@ int64_t readAt(FILE* f, int64_t pos, float* out, int64_t n) {
 // truncated or damaged file is reported instead of read past its end.
 class headerReader {
  public:
-  explicit headerReader(const std::string& fileName)
-      : name(fileName), f(openRead(fileName, "readHeader")) {
+  explicit headerReader(const std::string& fileName) : name(fileName), f(openRead(fileName, "readHeader")) {
     fseeko(f.get(), 0, SEEK_END);
     size = ftello(f.get());
     fseeko(f.get(), 0, SEEK_SET);
@@ -187,7 +186,8 @@ std::vector<rawStatic> readStaticRecords(headerReader& r, int32_t n) {
     int32_t typeLen = r.count("type name length of " + which);
     s.item.name = r.text(nameLen, "the name of " + which);
     s.item.typeName = r.text(typeLen, "the type name of " + which);
-    if (s.item.noValues > 0) s.bytes = r.text(s.item.noBytes, "the data of static item '" + s.item.name + "'");
+    if (s.item.noValues > 0)
+      s.bytes = r.text(s.item.noBytes, "the data of static item '" + s.item.name + "'");
     out.push_back(std::move(s));
   }
   return out;
@@ -206,7 +206,8 @@ std::vector<rawStatic> readOldStatic(headerReader& r, const embHeader& h) {
     out.push_back(std::move(s));
   }
   for (auto& s : out)
-    if (s.item.noValues > 0) s.bytes = r.text(s.item.noBytes, "the data of static item '" + s.item.name + "'");
+    if (s.item.noValues > 0)
+      s.bytes = r.text(s.item.noBytes, "the data of static item '" + s.item.name + "'");
   return out;
 }
 
@@ -264,12 +265,18 @@ void installStatics(thResultFile& rf, const headerReader& r, const std::vector<r
   const rawStatic *mesh = nullptr, *bathy = nullptr, *dz = nullptr, *enol = nullptr, *proj = nullptr;
   for (const rawStatic& s : statics) {
     const std::string& n = s.item.name;
-    if (n == "mesh") mesh = &s;
-    else if (n == "elemBathy") bathy = &s;
-    else if (n == "dz") dz = &s;
-    else if (n == "enol" && rf.fileVersion >= 4) enol = &s;  // older files count it unknown
-    else if (n == "proj") proj = &s;
-    else keepStatic(rf, s);
+    if (n == "mesh")
+      mesh = &s;
+    else if (n == "elemBathy")
+      bathy = &s;
+    else if (n == "dz")
+      dz = &s;
+    else if (n == "enol" && rf.fileVersion >= 4)
+      enol = &s;  // older files count it unknown
+    else if (n == "proj")
+      proj = &s;
+    else
+      keepStatic(rf, s);
   }
   if (!mesh) r.fail("it holds no mesh");
   thModelInfo& mi = rf.mInfo;
@@ -307,7 +314,8 @@ void thResultFile::readHeaderEMB() {
   // Value positions within a physical file are 32-bit numbers; a larger stated count cannot be
   // the writer's and would size the arrays of the series reads beyond any file.
   if (timestepLen * std::max(h.nt, 1) > INT32_MAX || static_cast<int64_t>(h.nt) * 4 > INT32_MAX)
-    r.fail("its " + str(h.nt) + " timesteps of " + str(timestepLen) + " values each are more than a file holds");
+    r.fail("its " + str(h.nt) + " timesteps of " + str(timestepLen) +
+           " values each are more than a file holds");
   std::vector<rawStatic> statics = h.version >= 3 ? readStaticRecords(r, h.nStatic) : readOldStatic(r, h);
   installFixedFields(*this, h);
   installStatics(*this, r, statics);
@@ -316,7 +324,8 @@ void thResultFile::readHeaderEMB() {
   itemNameVec = names;
   itemLengthVec = lengths;
   // The first item tells a restart or a decoupled-flux file from a plain result file.
-  if (!names.empty() && names[0] == "hdrst_u") format = RESTART;
+  if (!names.empty() && names[0] == "hdrst_u")
+    format = RESTART;
   else if (!names.empty() && (names[0] == "hddcp_uFlux" || names[0] == "uFlux") &&
            lengths[0] == mInfo.totNoUPnts)
     format = DECOUPLED;
@@ -351,8 +360,8 @@ int32_t thResultFile::readLayerEMB(int32_t itemNo, int32_t timestep, int32_t lay
   bool is2D = mInfo.layerType == zlayer && len == noe;
   if (mInfo.layerType == zlayer && !is2D && len != mInfo.cells)
     throw VException("thResultFile::readLayer: item '" + itemNameVec[itemNo] + "' of '" + filename +
-                     "' holds " + str(len) + " values, which is neither one per cell (" +
-                     str(mInfo.cells) + ") nor one per element (" + str(noe) + ").");
+                     "' holds " + str(len) + " values, which is neither one per cell (" + str(mInfo.cells) +
+                     ") nor one per element (" + str(noe) + ").");
   if (mInfo.layerType == zlayer && !is2D && !mInfo.isInit)
     throw VException("thResultFile::readLayer: the cells of '" + filename +
                      "' are not set up; read the header first.");
@@ -376,8 +385,7 @@ int32_t thResultFile::readLayerEMB(int32_t itemNo, int32_t timestep, int32_t lay
     return readAt(f.get(), first + 4 * i, &v, 1) == 1;
   };
   // sigma: every column holds nol cells, whatever the layer code
-  for (int32_t e = 0; e < noe; ++e)
-    valueAt(is2D ? e : static_cast<int64_t>(e) * nol + layer, data[e]);
+  for (int32_t e = 0; e < noe; ++e) valueAt(is2D ? e : static_cast<int64_t>(e) * nol + layer, data[e]);
   return noe;
 }
 
@@ -396,11 +404,14 @@ void thResultFile::pickColumnsEMB(FILE* f, int64_t first, int32_t layer, float* 
     int64_t hi = bli[e1 - 1] + nol - ebli[e1 - 1];
     if (layerBuf.size() < static_cast<size_t>(hi - lo)) layerBuf.resize(hi - lo);
     int64_t got = readAt(f, first + 4 * lo, layerBuf.data(), hi - lo);
-    pickLayer(mInfo, layer, data, [&](int64_t i, float& v) {
-      if (i < lo || i >= lo + got) return false;  // past the end of the file
-      v = layerBuf[i - lo];
-      return true;
-    }, e0, e1);
+    pickLayer(
+        mInfo, layer, data,
+        [&](int64_t i, float& v) {
+          if (i < lo || i >= lo + got) return false;  // past the end of the file
+          v = layerBuf[i - lo];
+          return true;
+        },
+        e0, e1);
     e0 = e1;
   }
 }
@@ -411,8 +422,9 @@ int32_t thResultFile::readProfileEMB(int32_t itemNo, int32_t timestep, int32_t e
   int32_t nol = mInfo.nol, b = mInfo.ebli[elemNo], n = nol - b;
   // below the sea bed the column reads 0
   for (int32_t l = 0; l < nol; ++l) data[l] = 0.0f;
-  readAt(f.get(), valuePos(*this, getItemOffset(itemNo), getItemOffset(itemCount(*this)), timestep,
-                           mInfo.botlayerIdx[elemNo]),
+  readAt(f.get(),
+         valuePos(*this, getItemOffset(itemNo), getItemOffset(itemCount(*this)), timestep,
+                  mInfo.botlayerIdx[elemNo]),
          data + b, n);
   return n;
 }
@@ -475,7 +487,8 @@ void addModelStatics(thResultFile& rf) {
   rf.addStaticItem("proj", proj, projLen, 0);
   if (projLen == 0) delete[] proj;  // an empty item keeps no block
   for (staticItem& si : rf.staticItems)
-    if (si.name == "elemBathy" || si.name == "mesh" || si.name == "dz" || si.name == "enol" || si.name == "proj")
+    if (si.name == "elemBathy" || si.name == "mesh" || si.name == "dz" || si.name == "enol" ||
+        si.name == "proj")
       si.ownsData = si.data != nullptr;
 }
 

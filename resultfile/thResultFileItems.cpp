@@ -25,7 +25,10 @@ void checkItemDataFormat(int32_t format) {
     case EMT: throw VException("thResultFile::readItemData Not implemented for EMT files.");
     case TEXT0D:
       throw VException("thResultFile::readItemData Data cannot be read by timestep for TEXT0D files.");
-    case NC: case EMB: case RESTART: case DECOUPLED: return;
+    case NC:
+    case EMB:
+    case RESTART:
+    case DECOUPLED: return;
     default: throw VException("thResultFile::readItemData undefined format.");
   }
 }
@@ -70,8 +73,8 @@ int32_t thResultFile::readItemData(int32_t itemNo, int32_t timestep, int32_t* en
   // The columns must lie inside the item; a column beyond it would be read out of bounds.
   auto badColumn = [&](int32_t i) {
     throw VException("thResultFile::readItemData: element " + VStr::toString<int>(en[i]) +
-                     " of the list has no column in item '" + itemNameVec[itemNo] + "' of '" +
-                     filename + "', which holds " + VStr::toString<int>(len) + " values.");
+                     " of the list has no column in item '" + itemNameVec[itemNo] + "' of '" + filename +
+                     "', which holds " + VStr::toString<int>(len) + " values.");
   };
   double* out = nullptr;
   int32_t count = 0;
@@ -120,8 +123,8 @@ int64_t thResultFile::readNextItemData(int32_t itemNo, double** data) {
   checkItemNo(itemNo, "readNextItemData");
   if (!data || !*data) nullArgument("readNextItemData", filename);
   if (!itemRead || itemNo >= itemReadLen)
-    throw VException("thResultFile::readNextItemData: item " + VStr::toString<int>(itemNo) +
-                     " of '" + filename + "' was not there when the header was read.");
+    throw VException("thResultFile::readNextItemData: item " + VStr::toString<int>(itemNo) + " of '" +
+                     filename + "' was not there when the header was read.");
   // An item already read at curTimestep means that the next timestep has begun.
   if (itemRead[itemNo]) {
     ++curTimestep;
@@ -138,7 +141,8 @@ int64_t thResultFile::readNextTimestep(double*** data, int32_t* noLines) {
   switch (format) {
     case EMT: throw VException("thResultFile::readNextTimestep Not implemented for EMT files.");
     case EMB: throw VException("thResultFile::readNextTimestep Not implemented for EMB files.");
-    case TEXT0D: case TEXT1D:
+    case TEXT0D:
+    case TEXT1D:
       if (!data || !noLines) nullArgument("readNextTimestep", filename);
       return readNextTimestepText(data, noLines);
     default: throw VException("thResultFile::readItemData undefined format.");

@@ -34,8 +34,8 @@ int32_t thResultFile::readLayer(int32_t itemNo, int32_t timestep, int32_t layer,
   // last element; 999 and up mean the top-most cell that holds a value.
   bool is3D = len == cells;
   if (mInfo.layerType == zlayer && is3D && layer >= nol && layer < 999)
-    throw VException("thResultFile::readLayer: layer " + str(layer) + " does not exist in '" +
-                     filename + "', whose layers are 0 (bottom) to " + str(nol - 1) +
+    throw VException("thResultFile::readLayer: layer " + str(layer) + " does not exist in '" + filename +
+                     "', whose layers are 0 (bottom) to " + str(nol - 1) +
                      " (surface); -1 stands for the bottom cell and 999 for the top-most value.");
   if (format == EMB) return readLayerEMB(itemNo, timestep, layer, *data);
 
@@ -94,12 +94,12 @@ int64_t thResultFile::readLayerAtDepth(int32_t itemNo, int32_t timestep, double 
   }
   checkItemNo(itemNo, "readLayerAtDepth");
   if (!data)
-    throw VException("thResultFile::readLayerAtDepth: no buffer was given for the layer of '" +
-                     filename + "'.");
+    throw VException("thResultFile::readLayerAtDepth: no buffer was given for the layer of '" + filename +
+                     "'.");
   int32_t len = itemLengthVec[itemNo];
   if (static_cast<int64_t>(nol) * noe > len)
-    throw VException("thResultFile::readLayerAtDepth: item '" + itemNameVec[itemNo] + "' of '" +
-                     filename + "' holds " + str(len) + " values, fewer than the " +
+    throw VException("thResultFile::readLayerAtDepth: item '" + itemNameVec[itemNo] + "' of '" + filename +
+                     "' holds " + str(len) + " values, fewer than the " +
                      str(static_cast<int64_t>(nol) * noe) + " of a sigma layout.");
   std::unique_ptr<float[]> buf(new float[len > 0 ? len : 1]());
   readItemData(itemNo, timestep, buf.get());
@@ -108,11 +108,10 @@ int64_t thResultFile::readLayerAtDepth(int32_t itemNo, int32_t timestep, double 
 }
 
 int32_t thResultFile::readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timestep, int32_t layer,
-                                                 int32_t** bitmap, int32_t nx, int32_t ny,
-                                                 int32_t nz, double xmin, double xmax, double ymin,
-                                                 double ymax, double zmin, double zmax,
-                                                 int32_t* colArr, int32_t noCol, double r,
-                                                 double /*p*/) {
+                                                 int32_t** bitmap, int32_t nx, int32_t ny, int32_t nz,
+                                                 double xmin, double xmax, double ymin, double ymax,
+                                                 double zmin, double zmax, int32_t* colArr, int32_t noCol,
+                                                 double r, double /*p*/) {
   if (!bitmap || !*bitmap || !colArr)
     throw VException("thResultFile::readLayerAndInterpOnBitmap: no bitmap or no colours were given for '" +
                      filename + "'.");
@@ -122,8 +121,8 @@ int32_t thResultFile::readLayerAndInterpOnBitmap(int32_t itemNo, int32_t timeste
   readLayer(itemNo, timestep, layer, &p);
   std::vector<double> v(values.begin(), values.begin() + noe);
   return VCppLib::VDraw::interpPointsOnBitmap(mInfo.mesh2d.exCoor, mInfo.mesh2d.eyCoor, v.data(), noe,
-                                              *bitmap, nx, ny, nz, xmin, xmax, ymin, ymax, zmin, zmax,
-                                              colArr, noCol, r);
+                                              *bitmap, nx, ny, nz, xmin, xmax, ymin, ymax, zmin, zmax, colArr,
+                                              noCol, r);
 }
 
 int32_t thResultFile::readProfile(int32_t itemNo, int32_t timestep, int32_t elemNo, float* data) {

@@ -28,10 +28,10 @@
 #include <string>
 #include <vector>
 
-#include "support/thBigArrays.h"
 #include "resultfile/thResultFile.h"
 #include "support/VMsg.h"
 #include "support/VStr.h"
+#include "support/thBigArrays.h"
 
 namespace thalmod {
 
@@ -316,8 +316,7 @@ void thResultFile::readHeaderNC() {
 
 // ---------------------------------------------------------------- reading data
 
-int32_t thResultFile::readSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t k0, size_t nk,
-                                 float* out) {
+int32_t thResultFile::readSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t k0, size_t nk, float* out) {
   int32_t v = ncVarIds[itemNo];
   size_t start[2] = {t0, k0};
   size_t count[2] = {nt, nk};
@@ -335,8 +334,8 @@ int32_t thResultFile::readItemDataNC(int32_t itemNo, int32_t timestep, float* da
   return readSlabNC(itemNo, timestep, 1, 0, itemLengthVec[itemNo], data);
 }
 
-void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t k0, size_t nk,
-                                    double* out, const char* fn) {
+void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t k0, size_t nk, double* out,
+                                    const char* fn) {
   // Physical file fileNo: the open file for the first, a file opened for this call otherwise.
   std::unique_ptr<VNetCdf> other;
   VNetCdf* f = nc;
@@ -358,8 +357,8 @@ void thResultFile::readSeriesSlabNC(int32_t itemNo, size_t t0, size_t nt, size_t
   if (t0 + nt > fileNt || k0 + nk > len)
     throw VException("thResultFile::" + std::string(fn) + ": '" + name + "' holds " + str(fileNt) +
                      " timesteps of " + str(len) + " values of item '" + itemNameVec[itemNo] +
-                     "'; timesteps " + str(t0) + " to " + str(t0 + nt) + " of values " + str(k0) +
-                     " to " + str(k0 + nk) + " were asked for.");
+                     "'; timesteps " + str(t0) + " to " + str(t0 + nt) + " of values " + str(k0) + " to " +
+                     str(k0 + nk) + " were asked for.");
   if (nt == 0 || nk == 0) return;
   size_t start[2] = {t0, k0};
   size_t count[2] = {nt, nk};
@@ -442,10 +441,10 @@ int32_t itemDim(VNetCdf& f, const thResultFile& rf, int32_t i, const std::vector
   if (len == rf.mInfo.mesh2d.noe) return rf.ncElemDim;
   for (int32_t j = 0; j < i; ++j)
     if (rf.itemLengthVec[j] == len) return itemDims[j];
-  const std::string dimName = len == rf.mInfo.totNoUPnts        ? "UPntsDim"
-                              : item == "hddcp_srcFlux"         ? "dcpSrcDim"
+  const std::string dimName = len == rf.mInfo.totNoUPnts      ? "UPntsDim"
+                              : item == "hddcp_srcFlux"       ? "dcpSrcDim"
                               : VStr::startsWith(item, "abm") ? "ABMDim"
-                                                                : item + "Dim";
+                                                              : item + "Dim";
   const int32_t dim = f.defDim(dimName, len);
   if (dim < 0)
     throw VException("thResultFile::writeHeader: the dimension '" + dimName + "' of item '" + item +
@@ -496,8 +495,8 @@ void thResultFile::writeItemDataNC(float* data, int32_t n) {
                      str(writeItem) + ".");
   if (n < itemLengthVec[writeItem])
     throw VException("thResultFile::writeItemData: item '" + itemNameVec[writeItem] + "' of '" +
-                     getFileName() + "' takes " + str(itemLengthVec[writeItem]) + " values, not " +
-                     str(n) + ".");
+                     getFileName() + "' takes " + str(itemLengthVec[writeItem]) + " values, not " + str(n) +
+                     ".");
   nc->putTimestepData(ncVarIds[writeItem], writeTimestep, data);
   ++writeItem;
   if (writeItem < nItems) return;

@@ -12,7 +12,8 @@ std::string thResultFile::toString(int32_t level) {
   std::string s = "Filename:\t" + filename + nl;
   s += "Format:\t" + fileFmtEnum2str(static_cast<fileFmtEnum>(format)) + nl;
   s += "Static items:" + nl;
-  for (const auto& si : staticItems) s += "\t" + si.name + ", length=" + VStr::toString<int>(si.noValues) + nl;
+  for (const auto& si : staticItems)
+    s += "\t" + si.name + ", length=" + VStr::toString<int>(si.noValues) + nl;
   s += "Items:" + nl;
   size_t n = std::min(itemNameVec.size(), itemLengthVec.size());
   for (size_t i = 0; i < n; ++i)

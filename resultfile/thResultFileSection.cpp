@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "resultfile/thResultFile.h"
-#include "support/VMsg.h"
 #include "support/VGeom.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -50,15 +50,16 @@ struct SectionPoints {
 };
 
 // Refuses what would make the section read outside the model's arrays.
-void checkSection(thResultFile& rf, int32_t itemNo, const char* fn, const void* x, const void* y, int32_t noPnts) {
+void checkSection(thResultFile& rf, int32_t itemNo, const char* fn, const void* x, const void* y,
+                  int32_t noPnts) {
   rf.checkItemNo(itemNo, fn);
   const thModelInfo& m = rf.mInfo;
   if (!m.isInit || m.ebli == nullptr || m.elemBathy == nullptr || m.layerDepth == nullptr)
     throw VException("thResultFile::" + std::string(fn) + ": the cells of '" + rf.filename +
                      "' are not set up; read the header first.");
   if (noPnts < 1 || x == nullptr || y == nullptr)
-    throw VException("thResultFile::" + std::string(fn) + ": the section needs at least one point; " + str(noPnts) +
-                     " were given.");
+    throw VException("thResultFile::" + std::string(fn) + ": the section needs at least one point; " +
+                     str(noPnts) + " were given.");
 }
 
 void checkDist(double dist, const char* fn) {
@@ -71,9 +72,9 @@ void checkDist(double dist, const char* fn) {
 // A count of section points or values beyond what an int32 array holds (NaN: points that are no numbers).
 void checkCount(double count, const char* fn) {
   if (!(count <= std::numeric_limits<int32_t>::max()))
-    throw VException(
-        "thResultFile::" + std::string(fn) +
-        ": the section cannot be laid out: it would have more than 2^31 values, or its points are not numbers.");
+    throw VException("thResultFile::" + std::string(fn) +
+                     ": the section cannot be laid out: it would have more than 2^31 values, or its points "
+                     "are not numbers.");
 }
 
 // The whole item, in a buffer padded with delVal up to `minLen` values.
@@ -90,8 +91,9 @@ ItemValues readWholeItem(thResultFile& rf, int32_t itemNo, int32_t timestep, int
 // ---------------------------------------------------------------- Cartesian section
 
 int32_t thResultFile::extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y,
-                                         int32_t noPnts, const double* z, int32_t noZ, double dist, double** d,
-                                         int32_t* noD, double** v, int32_t* noV, double** xC, double** yC) {
+                                         int32_t noPnts, const double* z, int32_t noZ, double dist,
+                                         double** d, int32_t* noD, double** v, int32_t* noV, double** xC,
+                                         double** yC) {
   const char* fn = "extractSectionCart";
   checkSection(*this, itemNo, fn, x, y, noPnts);
   checkDist(dist, fn);
@@ -110,7 +112,8 @@ int32_t thResultFile::extractSectionCart(int32_t itemNo, int32_t timestep, const
     const int32_t m = static_cast<int32_t>(mf);
     const double sx = dx * dist / L, sy = dy * dist / L;
     if (m >= 1) {
-      const double ox = sx * carry / (std::fabs(sx) + std::fabs(sy)), oy = sy * carry / (std::fabs(sx) + std::fabs(sy));
+      const double ox = sx * carry / (std::fabs(sx) + std::fabs(sy)),
+                   oy = sy * carry / (std::fabs(sx) + std::fabs(sy));
       for (int32_t k = 1; k <= m; ++k) {
         px.push_back(x[i] - ox + k * sx);
         py.push_back(y[i] - oy + k * sy);
@@ -150,8 +153,8 @@ int32_t thResultFile::extractSectionCart(int32_t itemNo, int32_t timestep, const
 }
 
 int32_t thResultFile::extractSectionCart(int32_t itemNo, int32_t timestep, const double* x, const double* y,
-                                         int32_t noPnts, const double* z, int32_t noZ, double dist, double** d,
-                                         int32_t* noD, double** v, int32_t* noV) {
+                                         int32_t noPnts, const double* z, int32_t noZ, double dist,
+                                         double** d, int32_t* noD, double** v, int32_t* noV) {
   double *xC = nullptr, *yC = nullptr;
   int32_t rc = extractSectionCart(itemNo, timestep, x, y, noPnts, z, noZ, dist, d, noD, v, noV, &xC, &yC);
   delete[] xC;
@@ -177,8 +180,8 @@ namespace {
 
 // The values of the cells that a layer section needs. A few columns are read one by one, which
 // spares reading the whole item; the values are the same either way.
-ItemValues readSectionCells(thResultFile& rf, int32_t itemNo, int32_t timestep, const std::vector<int32_t>& elems,
-                            bool columnsOnly) {
+ItemValues readSectionCells(thResultFile& rf, int32_t itemNo, int32_t timestep,
+                            const std::vector<int32_t>& elems, bool columnsOnly) {
   const thModelInfo& mi = rf.mInfo;
   std::set<int32_t> distinct;
   for (int32_t e : elems)
@@ -205,7 +208,8 @@ int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, con
                                            int32_t noPnts, double** d, double** z, double** v, int32_t* n) {
   const char* fn = "extractSectionLayers";
   checkSection(*this, itemNo, fn, x, y, noPnts);
-  if (!d || !z || !v || !n) throw VException("thResultFile::extractSectionLayers: the result arguments are missing.");
+  if (!d || !z || !v || !n)
+    throw VException("thResultFile::extractSectionLayers: the result arguments are missing.");
   const thModelInfo& mi = mInfo;
   SectionPoints sp;
   double s = 0.0;
@@ -218,8 +222,8 @@ int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, con
     // A point outside the mesh has no column: it is skipped and gives no values.
     if (e >= 0)
       for (int32_t l = 0; l < mi.ebli[e]; ++l)
-        columnsOnly =
-            columnsOnly && !(mi.elemBathy[e] >= mi.layerDepth[l] * (mi.layerType == sigma ? mi.elemBathy[e] : 1.0));
+        columnsOnly = columnsOnly && !(mi.elemBathy[e] >=
+                                       mi.layerDepth[l] * (mi.layerType == sigma ? mi.elemBathy[e] : 1.0));
   }
   const ItemValues iv = readSectionCells(*this, itemNo, timestep, sp.e, columnsOnly);
   std::vector<double> dd, zz, vv;
@@ -241,8 +245,9 @@ int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, con
   return iv.rc;
 }
 
-int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, double x0, double y0, double x1, double y1,
-                                           double dist, double** d, double** z, double** v, int32_t* n) {
+int32_t thResultFile::extractSectionLayers(int32_t itemNo, int32_t timestep, double x0, double y0, double x1,
+                                           double y1, double dist, double** d, double** z, double** v,
+                                           int32_t* n) {
   checkDist(dist, "extractSectionLayers");
   const double mf = std::ceil(std::sqrt((x1 - x0) * (x1 - x0) + (y1 - y0) * (y1 - y0)) / dist);
   checkCount(mf + 1, "extractSectionLayers");

@@ -36,8 +36,10 @@ static bool readAcrossFiles(thResultFile& rf, const char* fn, int32_t perStep, i
                      " is negative for '" + rf.filename + "'.");
   if (timeStepTo >= 0 && timeStepTo <= nt) return true;
   int32_t total = rf.getTotNoTimesteps();  // puts fileNo back to the first file
-  if (timeStepTo < 0) timeStepTo = total;
-  else if (timeStepTo > total) throw VException("Invalid timeStepTo");
+  if (timeStepTo < 0)
+    timeStepTo = total;
+  else if (timeStepTo > total)
+    throw VException("Invalid timeStepTo");
   if (timeStepTo <= nt) return true;
 
   if (timeStepFrom > timeStepTo) throw VException("timeStepFrom>timeStepTo");
@@ -74,7 +76,9 @@ static bool readAcrossFiles(thResultFile& rf, const char* fn, int32_t perStep, i
 int32_t thResultFile::readTimeSeries(int32_t itemNo, int32_t elemNo, int32_t layerNo, double** data,
                                      int32_t timeStepFrom, int32_t timeStepTo) {
   const char* fn = "readTimeSeries";
-  if (!data) throw VException("thResultFile::readTimeSeries: no place was given for the series of '" + filename + "'.");
+  if (!data)
+    throw VException("thResultFile::readTimeSeries: no place was given for the series of '" + filename +
+                     "'.");
   checkItemNo(itemNo, fn);
   checkElemNo(elemNo, fn);
   int32_t from0 = timeStepFrom;
@@ -94,18 +98,22 @@ int32_t thResultFile::readTimeSeries(int32_t itemNo, int32_t elemNo, int32_t lay
                      str(nol - 1) + " (surface).");
   bool is3D = itemLengthVec[itemNo] == mInfo.cells;
   if (is3D && layerNo >= nol)
-    throw VException("thResultFile::readTimeSeries: layer " + str(layerNo) + " lies above the surface layer " +
-                     str(nol - 1) + " of element " + str(elemNo) + " in '" + filename + "'.");
+    throw VException("thResultFile::readTimeSeries: layer " + str(layerNo) +
+                     " lies above the surface layer " + str(nol - 1) + " of element " + str(elemNo) +
+                     " in '" + filename + "'.");
   int32_t index = is3D ? mInfo.botlayerIdx[elemNo] - ebli + layerNo : elemNo;
   int32_t n = e - timeStepFrom;
   switch (format) {
     case EMT: throw VException("thResultFile::readTimeSeries Not implemented for TEXT1 files.");
-    case NC: case EMB: break;
+    case NC:
+    case EMB: break;
     default: throw VException("thResultFile::readTimeSeries undefined format.");
   }
   std::unique_ptr<double[]> out(new double[n > 0 ? n : 1]());
-  if (format == NC) readSeriesSlabNC(itemNo, timeStepFrom, n, index, 1, out.get(), fn);
-  else readTimeSeriesEMB(itemNo, index, timeStepFrom, e, out.get());
+  if (format == NC)
+    readSeriesSlabNC(itemNo, timeStepFrom, n, index, 1, out.get(), fn);
+  else
+    readTimeSeriesEMB(itemNo, index, timeStepFrom, e, out.get());
   *data = out.release();
   return n;
 }
@@ -116,7 +124,9 @@ int32_t thResultFile::readTimeSeriesProfile(int32_t itemNo, int32_t elemNo, doub
   checkItemNo(itemNo, fn);
   if (itemLengthVec[itemNo] != mInfo.cells)
     throw VException("readTimeSeriesProfile only supports 3D items. Use readTimeSeries for 2D items.");
-  if (!data) throw VException("thResultFile::readTimeSeriesProfile: no place was given for the series of '" + filename + "'.");
+  if (!data)
+    throw VException("thResultFile::readTimeSeriesProfile: no place was given for the series of '" +
+                     filename + "'.");
   checkElemNo(elemNo, fn);
   int32_t colLen = mInfo.nol - mInfo.ebli[elemNo];
   int32_t from0 = timeStepFrom;
@@ -131,7 +141,8 @@ int32_t thResultFile::readTimeSeriesProfile(int32_t itemNo, int32_t elemNo, doub
   if (timeStepFrom > e) throw VException("timeStepFrom>timeStepTo");
   switch (format) {
     case EMT: throw VException("thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
-    case NC: case EMB: break;
+    case NC:
+    case EMB: break;
     default: throw VException("thResultFile::readTimeSeriesProfile undefined format.");
   }
   int32_t steps = e - timeStepFrom;
@@ -146,12 +157,12 @@ int32_t thResultFile::readTimeSeriesProfile(int32_t itemNo, int32_t elemNo, doub
   return static_cast<int32_t>(n);
 }
 
-int32_t thResultFile::readTimeSeriesUET(int32_t itemNo, int64_t** dt, double** d, int64_t SDT,
-                                        int64_t EDT, int32_t filterItem, double filterMin,
-                                        double filterMax) {
+int32_t thResultFile::readTimeSeriesUET(int32_t itemNo, int64_t** dt, double** d, int64_t SDT, int64_t EDT,
+                                        int32_t filterItem, double filterMin, double filterMax) {
   if (format != TEXT0D) throw VException("thResultFile::readTimeSeries unsuppored format.");
   if (!dt || !d)
-    throw VException("thResultFile::readTimeSeriesUET: no place was given for the samples of '" + filename + "'.");
+    throw VException("thResultFile::readTimeSeriesUET: no place was given for the samples of '" + filename +
+                     "'.");
   return readTimeSeriesUETText(itemNo, dt, d, SDT, EDT, filterItem, filterMin, filterMax);
 }
 

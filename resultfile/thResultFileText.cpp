@@ -24,9 +24,9 @@
 #include <new>
 
 #include "resultfile/thResultFile.h"
-#include "support/VMsg.h"
 #include "support/VDT.h"
 #include "support/VFiles.h"
+#include "support/VMsg.h"
 #include "support/VStr.h"
 
 namespace thalmod {
@@ -105,8 +105,8 @@ double** blockMatrix(const std::vector<std::string>& lines, const std::string& f
     m.reset(new double*[rows]);
     values.reset(new double[rows * cols]);
   } catch (const std::bad_alloc&) {
-    throw VException("thResultFile::readNextTimestep: a block of " + str(cols) + " lines of " +
-                     str(rows) + " fields in file " + file + " is too large to hold.");
+    throw VException("thResultFile::readNextTimestep: a block of " + str(cols) + " lines of " + str(rows) +
+                     " fields in file " + file + " is too large to hold.");
   }
   std::fill(values.get(), values.get() + rows * cols, static_cast<double>(delVal));
   for (size_t f = 0; f < rows; ++f) m[f] = values.get() + f * cols;
@@ -148,14 +148,12 @@ void thResultFile::readHeaderText() {
     if (!VStr::isNumber(tok[i])) header = true;
   if (!header) textPos = 0;
   int32_t len = format == TEXT1D ? mInfo.nol : 1;
-  for (size_t i = 1; i < tok.size(); ++i)
-    addItem(header ? tok[i] : "Itm" + VStr::toString<size_t>(i), len);
+  for (size_t i = 1; i < tok.size(); ++i) addItem(header ? tok[i] : "Itm" + VStr::toString<size_t>(i), len);
 }
 
 int64_t thResultFile::readNextTimestepText(double*** data, int32_t* noLines) {
   lineReader r(filename, textPos);
-  if (!r.in.is_open())
-    throw VException("thResultFile::readNextTimestep: cannot open file " + filename + ".");
+  if (!r.in.is_open()) throw VException("thResultFile::readNextTimestep: cannot open file " + filename + ".");
   std::string line;
   if (!r.next(line)) {
     ++curTimestep;
@@ -230,11 +228,10 @@ void thResultFile::writeHeaderText() {
     writeTimestep = -1;  // the first timestep's lines read "t=000-1"
     text = "ModelType: " + modelTypeEnum2str(static_cast<modelTypeEnum>(mInfo.modelType)) + "\n" +
            "StartDT: " + VDT::longDT2StrDT(mInfo.startDT) + "\n" +
-           "Timestep: " + VStr::toString<double>(mInfo.dt) + "\n" +
-           "No. timesteps: " + str(mInfo.nt) + "\n" +
+           "Timestep: " + VStr::toString<double>(mInfo.dt) + "\n" + "No. timesteps: " + str(mInfo.nt) + "\n" +
            "No. items: " + str(static_cast<int64_t>(itemNameVec.size())) + "\n" +
-           "Item names: " + VStr::joinStrings(itemNameVec, ",") + "\n" +
-           "No. Layers: " + str(mInfo.nol) + "\n" + "Data: \n";
+           "Item names: " + VStr::joinStrings(itemNameVec, ",") + "\n" + "No. Layers: " + str(mInfo.nol) +
+           "\n" + "Data: \n";
   } else {
     if (colWidth < 10)
       throw VException("thResultFile::writeHeader: the column width " + str(colWidth) + " of '" +
@@ -243,8 +240,7 @@ void thResultFile::writeHeaderText() {
     cellTextLen = mInfo.cells > 0 ? mInfo.cells : 0;
     cellText = new std::string[cellTextLen];
     text = "DateTime           CellNo";
-    for (const std::string& name : itemNameVec)
-      text += VStr::padLeft(name.substr(0, colWidth), colWidth);
+    for (const std::string& name : itemNameVec) text += VStr::padLeft(name.substr(0, colWidth), colWidth);
     text += "\n";
   }
   textBufLen = 0;  // what was left from an earlier file does not belong to this one
@@ -258,8 +254,8 @@ void thResultFile::writeItemDataText(float* data, int32_t n) {
       writeItem = 0;
       ++writeTimestep;
     }
-    std::string line = "t=" + VStr::toString<int>(writeTimestep, -1, 5) + ",i=" +
-                       VStr::toString<int>(writeItem, -1, 2) + sep;
+    std::string line = "t=" + VStr::toString<int>(writeTimestep, -1, 5) +
+                       ",i=" + VStr::toString<int>(writeItem, -1, 2) + sep;
     for (int32_t i = 0; i < n; ++i) line += printfStr("%.4g", static_cast<double>(data[i])) + sep;
     appendText(line + "\n");
     ++writeItem;

@@ -241,15 +241,9 @@ class ugridWriter {
                          "' has the name of a variable of the mesh and cannot be exported.");
       ugridItem it{i, shapeOf(rf.itemLengthVec[i])};
       switch (it.shape) {
-        case itemShape::faceLayer:
-          it.varid = nc.defVar(name, {timeDim, faceDim, layerDim}, NC_FLOAT);
-          break;
-        case itemShape::face:
-          it.varid = nc.defVar(name, {timeDim, faceDim}, NC_FLOAT);
-          break;
-        case itemShape::edgeLayer:
-          it.varid = nc.defVar(name, {timeDim, edgeDim, layerDim}, NC_FLOAT);
-          break;
+        case itemShape::faceLayer: it.varid = nc.defVar(name, {timeDim, faceDim, layerDim}, NC_FLOAT); break;
+        case itemShape::face: it.varid = nc.defVar(name, {timeDim, faceDim}, NC_FLOAT); break;
+        case itemShape::edgeLayer: it.varid = nc.defVar(name, {timeDim, edgeDim, layerDim}, NC_FLOAT); break;
         case itemShape::plain:
           it.varid = nc.defVar(name, {timeDim, nc.defDim(name + "_values", rf.itemLengthVec[i])}, NC_FLOAT);
       }

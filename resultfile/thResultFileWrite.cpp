@@ -28,9 +28,12 @@ int32_t thResultFile::writeHeader() {
   writeTimestep = 0;
   writeItem = 0;
   switch (format) {
-    case EMT: case EMF: writeHeaderText(); break;
+    case EMT:
+    case EMF: writeHeaderText(); break;
     case NC: writeHeaderNC(); break;
-    case EMB: case RESTART: case DECOUPLED: writeHeaderEMB(); break;
+    case EMB:
+    case RESTART:
+    case DECOUPLED: writeHeaderEMB(); break;
     default: throw VException("thResultFile::writeHeader undefined format.");
   }
   fileTime = VCppLib::VDT::nowLongDT();
@@ -40,8 +43,8 @@ int32_t thResultFile::writeHeader() {
 void thResultFile::checkModelForWrite() {
   thMesh2D& m = mInfo.mesh2d;
   std::string name = getFileName();
-  if (!mInfo.isInit || m.noe < 1 || m.non < 1 || mInfo.nol < 1 || mInfo.cells < 1 || !m.en ||
-      !m.eVoronoiX || !mInfo.elemBathy || !mInfo.dz)
+  if (!mInfo.isInit || m.noe < 1 || m.non < 1 || mInfo.nol < 1 || mInfo.cells < 1 || !m.en || !m.eVoronoiX ||
+      !mInfo.elemBathy || !mInfo.dz)
     throw VException("thResultFile::writeHeader: the model of '" + name +
                      "' is not set up; fill the mesh and the layers and run initMesh and initCells first.");
   int64_t timestepLen = 0;
@@ -70,9 +73,12 @@ int32_t thResultFile::writeItemData(float* data, int32_t n) {
     throw VException("thResultFile::writeItemData: no data, or a negative count, was given for '" +
                      getFileName() + "'.");
   switch (format) {
-    case EMB: case RESTART: case DECOUPLED: writeItemDataEMB(data, n); break;
+    case EMB:
+    case RESTART:
+    case DECOUPLED: writeItemDataEMB(data, n); break;
     case NC: writeItemDataNC(data, n); break;
-    case EMF: case EMT: writeItemDataText(data, n); break;
+    case EMF:
+    case EMT: writeItemDataText(data, n); break;
     default: throw VException("thResultFile::readItemData undefined format.");
   }
   return 0;
@@ -121,8 +127,11 @@ void thResultFile::appendText(std::string s) {
 
 void thResultFile::closeFile(int32_t noTimesteps) {
   switch (format) {
-    case EMT: case EMF: closeFileText(noTimesteps); break;
-    case EMB: case RESTART: case DECOUPLED: closeFileEMB(noTimesteps); break;
+    case EMT:
+    case EMF: closeFileText(noTimesteps); break;
+    case EMB:
+    case RESTART:
+    case DECOUPLED: closeFileEMB(noTimesteps); break;
     case NC: closeFileNC(); break;  // the time dimension is the count: nothing to patch
     default: break;
   }

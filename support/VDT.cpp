@@ -16,7 +16,8 @@ static bool fitsInt32(long long v) {
 bool isDateTimeStr(std::string s) {
   size_t L = s.size();
   if (L <= 9) return false;
-  if (!VStr::isInteger(s.substr(0, 4)) || !VStr::isInteger(s.substr(5, 2)) || !VStr::isInteger(s.substr(8, 2))) {
+  if (!VStr::isInteger(s.substr(0, 4)) || !VStr::isInteger(s.substr(5, 2)) ||
+      !VStr::isInteger(s.substr(8, 2))) {
     return false;
   }
   if (L > 12 && (s[10] != ' ' || !VStr::isInteger(s.substr(11, 2)))) return false;
@@ -74,7 +75,8 @@ int64_t tm2longDT(const std::tm* t) {
   return result;
 }
 
-int64_t ymdhms2longDT(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t minute, int32_t second) {
+int64_t ymdhms2longDT(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t minute,
+                      int32_t second) {
   // The shifts by 1900 and 1 cannot overflow an int32 for any year or month but the very lowest.
   const int32_t lowest = std::numeric_limits<int32_t>::min();
   std::tm t{};
@@ -92,9 +94,10 @@ std::string longDT2StrDT(int64_t t) {
   std::time_t tt = static_cast<std::time_t>(t);
   std::tm b{};
   if (gmtime_r(&tt, &b) == nullptr) return "";
-  return std::to_string(static_cast<int64_t>(b.tm_year) + 1900) + "-" + VStr::toString<int>(b.tm_mon + 1, -1, 2) +
-         "-" + VStr::toString<int>(b.tm_mday, -1, 2) + " " + VStr::toString<int>(b.tm_hour, -1, 2) + ":" +
-         VStr::toString<int>(b.tm_min, -1, 2) + ":" + VStr::toString<int>(b.tm_sec, -1, 2);
+  return std::to_string(static_cast<int64_t>(b.tm_year) + 1900) + "-" +
+         VStr::toString<int>(b.tm_mon + 1, -1, 2) + "-" + VStr::toString<int>(b.tm_mday, -1, 2) + " " +
+         VStr::toString<int>(b.tm_hour, -1, 2) + ":" + VStr::toString<int>(b.tm_min, -1, 2) + ":" +
+         VStr::toString<int>(b.tm_sec, -1, 2);
 }
 
 int64_t nowLongDT() {

@@ -35,7 +35,8 @@ std::string longDT2Fmt(int64_t t, std::string fmt);
 int64_t addDaysLongDT(double days, int64_t t);
 // Day of the year of t, from 0 (-1 when the C library cannot break t down).
 int32_t dayOfYear(int64_t t);
-// "2d", "3h", "5M" (minutes), "1m" (30 days), "1w", "1q" (91.25 days), "1y" (365 days); a plain number is seconds.
+// "2d", "3h", "5M" (minutes), "1m" (30 days), "1w", "1q" (91.25 days), "1y" (365 days); a plain number is
+// seconds.
 int32_t parseDuration(std::string s);
 // "HH:MM:SS" of a number of seconds, hours modulo 24 (whole days are dropped).
 std::string secs2ClockStr(double secs);

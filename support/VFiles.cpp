@@ -206,11 +206,16 @@ uint64_t parseSize(std::string s) {
   double mult = 1.0;
   if (t.size() >= 3) {
     std::string suffix = t.substr(t.size() - 2);
-    if (suffix == "kb") mult = 1024.0;
-    else if (suffix == "mb") mult = 1048576.0;
-    else if (suffix == "gb") mult = 1073741824.0;
-    else if (suffix == "tb") mult = 1099512000000.0;  // rounded decimals, not powers of 1024
-    else if (suffix == "pb") mult = 1125900000000000.0;
+    if (suffix == "kb")
+      mult = 1024.0;
+    else if (suffix == "mb")
+      mult = 1048576.0;
+    else if (suffix == "gb")
+      mult = 1073741824.0;
+    else if (suffix == "tb")
+      mult = 1099512000000.0;  // rounded decimals, not powers of 1024
+    else if (suffix == "pb")
+      mult = 1125900000000000.0;
   }
   double v = std::atof(s.c_str()) * mult;
   if (!(v > 0)) return 0;  // negative sizes and NaN

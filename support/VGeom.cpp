@@ -81,8 +81,8 @@ static bool atReference(double dx, double dy, double refAngle) {
   return std::fabs(std::remainder(refAngle - std::atan2(dy, dx) * (180.0 / std::numbers::pi), 360.0)) < 1e-12;
 }
 
-int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy,
-                         double refAngle, bool clockwise) {
+int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy, double refAngle,
+                         bool clockwise) {
   if (n < 0) return nullptr;
   if (n == 0) return new int32_t[0];
   double* keys = new double[n];
@@ -210,7 +210,8 @@ void lineRibbon(const double* x, const double* y, int32_t n, double*& ox, double
   if (n < 2 || across < 0) return;
   int64_t nodes64 = (static_cast<int64_t>(across) + 1) * n;
   int64_t quads64 = static_cast<int64_t>(n - 1) * across;
-  if (nodes64 > std::numeric_limits<int32_t>::max() || quads64 * 4 > std::numeric_limits<int32_t>::max()) return;
+  if (nodes64 > std::numeric_limits<int32_t>::max() || quads64 * 4 > std::numeric_limits<int32_t>::max())
+    return;
   if (dist < 0) {
     double sum = 0.0;
     for (int32_t i = 1; i < n; i++) sum += std::hypot(x[i] - x[i - 1], y[i] - y[i - 1]);
@@ -393,8 +394,8 @@ std::vector<std::vector<int32_t>> indexCombinations(const std::vector<int32_t>& 
 // ---- UTM: the transverse Mercator series in its published form (meridian arc to sin 6 lat,
 // easting to A^5, northing to A^6), on WGS84 with the rounded constants below.
 static constexpr double utmA = 6378137.0;
-static constexpr double utmE2 = 0.00669438;                // first eccentricity squared
-static constexpr double utmEp2 = 0.006739496752268451;     // second eccentricity squared
+static constexpr double utmE2 = 0.00669438;             // first eccentricity squared
+static constexpr double utmEp2 = 0.006739496752268451;  // second eccentricity squared
 static constexpr double utmK0 = 0.9996;
 static constexpr double utmOneMinusE2 = 0.99330562;
 static constexpr double utmAOneMinusE2 = 6335439.32722994;  // a (1 - e^2)
@@ -414,7 +415,8 @@ void latLon2UTM(double lon, double lat, int32_t zone, double& x, double& y) {
   double M = utmA * (0.9983242984503243 * phi - 0.002514607064228144 * std::sin(2 * phi) +
                      2.639046602129982e-6 * std::sin(4 * phi) - 3.418046101696858e-9 * std::sin(6 * phi));
   double A2 = A * A, A3 = A2 * A, A4 = A3 * A, A5 = A4 * A, A6 = A5 * A;
-  x = utmK0 * N * (A + (1 - T + C) * A3 / 6 + (5 - 18 * T + T * T + 72 * C - 0.39089081163157013) * A5 / 120) +
+  x = utmK0 * N *
+          (A + (1 - T + C) * A3 / 6 + (5 - 18 * T + T * T + 72 * C - 0.39089081163157013) * A5 / 120) +
       500000.0;
   y = utmK0 * (M + N * tanP *
                        (A2 / 2 + (5 - T + 9 * C + 4 * C * C) * A4 / 24 +
@@ -439,12 +441,13 @@ void UTM2latLon(double x, double y, int32_t zone, double& lon, double& lat) {
   double R1 = utmAOneMinusE2 / std::pow(w, 1.5);
   double D = x / (N1 * utmK0);
   double D2 = D * D, D3 = D2 * D, D4 = D3 * D, D5 = D4 * D, D6 = D5 * D;
-  lat = phi1 - (N1 * tanP / R1) *
-                   (D2 / 2 - (5 + 3 * T1 + 10 * C1 - 4 * C1 * C1 - 9 * utmEp2) * D4 / 24 +
-                    (61 + 90 * T1 + 298 * C1 + 45 * T1 * T1 - 252 * utmEp2 - 3 * C1 * C1) * D6 / 720);
+  lat = phi1 -
+        (N1 * tanP / R1) * (D2 / 2 - (5 + 3 * T1 + 10 * C1 - 4 * C1 * C1 - 9 * utmEp2) * D4 / 24 +
+                            (61 + 90 * T1 + 298 * C1 + 45 * T1 * T1 - 252 * utmEp2 - 3 * C1 * C1) * D6 / 720);
   lat *= rad2deg;
   double dl = (D - (1 + 2 * T1 + C1) * D3 / 6 +
-               (5 - 2 * C1 + 28 * T1 - 3 * C1 * C1 + 8 * utmEp2 + 24 * T1 * T1) * D5 / 120) / cosP;
+               (5 - 2 * C1 + 28 * T1 - 3 * C1 * C1 + 8 * utmEp2 + 24 * T1 * T1) * D5 / 120) /
+              cosP;
   lon = centralMeridian(zone) + dl * rad2deg;
 }
 

@@ -47,8 +47,8 @@ void sortPaired(int32_t*& keys, int32_t*& payload, int32_t lo, int32_t hi);
 // and clockwise false it goes counter-clockwise from just past the positive x axis.
 // A new array of n indices (an empty one for n = 0, nullptr for n < 0) that the caller deletes
 // with delete[].
-int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy,
-                         double refAngle, bool clockwise);
+int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double cx, double cy, double refAngle,
+                         bool clockwise);
 // The same around the mean of the points.
 int32_t* sortAroundPoint(const double* x, const double* y, int32_t n, double refAngle, bool clockwise);
 // The same, and x and y are rearranged in place into the order found.

@@ -38,10 +38,10 @@ std::string statsReport(std::vector<double> v, double& mean, double& stdDev, dou
     }
   }
   using VStr::toString;
-  return "count:\t" + toString(v.size()) + newline + "min:\t" + toString(smallest) + "\t(idx=" +
-         toString(iMin) + ")" + newline + "max:\t" + toString(largest) + "\t(idx=" + toString(iMax) + ")" +
-         newline + "mean:\t" + toString(mean) + newline + "variance:\t" + toString(stdDev) + newline +
-         "RMS:\t" + toString(rms);
+  return "count:\t" + toString(v.size()) + newline + "min:\t" + toString(smallest) +
+         "\t(idx=" + toString(iMin) + ")" + newline + "max:\t" + toString(largest) +
+         "\t(idx=" + toString(iMax) + ")" + newline + "mean:\t" + toString(mean) + newline + "variance:\t" +
+         toString(stdDev) + newline + "RMS:\t" + toString(rms);
 }
 
 std::string statsReport(std::vector<double> v) {

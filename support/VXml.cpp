@@ -29,12 +29,14 @@ std::string xmlElement(std::string tag, bool value, std::string indent) {
 
 int32_t xmlFindTag(std::string text, std::string tagPath, int32_t& len, std::string delim) {
   len = -1;
-  std::vector<std::string> tags = delim.empty() ? std::vector<std::string>{tagPath} : VStr::tokenize(tagPath, delim);
+  std::vector<std::string> tags =
+      delim.empty() ? std::vector<std::string>{tagPath} : VStr::tokenize(tagPath, delim);
   size_t start = 0, end = text.size();  // the search span [start, end)
   for (size_t k = 0; k < tags.size(); k++) {
     std::string open = "<" + tags[k] + ">", close = "</" + tags[k] + ">";
     size_t p1 = text.find(open, start), p2 = text.find(close, start);
-    if (p1 == std::string::npos || p2 == std::string::npos || p1 + open.size() > end || p2 + close.size() > end) {
+    if (p1 == std::string::npos || p2 == std::string::npos || p1 + open.size() > end ||
+        p2 + close.size() > end) {
       return -1;
     }
     if (k + 1 == tags.size()) {

@@ -75,9 +75,13 @@ struct allocator {
     ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
   }
   template <typename U>
-  bool operator==(const allocator<U>&) const { return true; }
+  bool operator==(const allocator<U>&) const {
+    return true;
+  }
   template <typename U>
-  bool operator!=(const allocator<U>&) const { return false; }
+  bool operator!=(const allocator<U>&) const {
+    return false;
+  }
 };
 
 template <typename T>

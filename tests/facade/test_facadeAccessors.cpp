@@ -33,9 +33,10 @@ TEST(facadeAccessors, ItemLengthsCellsAndMesh) {
 TEST(facadeAccessors, BathymetryGrid) {
   thTest::TempDir dir;
   const std::string fn = dir.file("bathy.nc");
-  thTest::ncgen("netcdf b { dimensions: x = 3 ; y = 2 ; variables: double x(x) ; double y(y) ; "
-                "float z(y, x) ; data: x = 10, 20, 30 ; y = 5, 7 ; z = 1, 2, 3, 4, 5, 6 ; }",
-                fn);
+  thTest::ncgen(
+      "netcdf b { dimensions: x = 3 ; y = 2 ; variables: double x(x) ; double y(y) ; "
+      "float z(y, x) ; data: x = 10, 20, 30 ; y = 5, 7 ; z = 1, 2, 3, 4, 5, 6 ; }",
+      fn);
   const thWrapper::bathyGrid b = thWrapper::miscWrapper::readNetCdfBathy(fn);
   EXPECT_TRUE(b.x0 == 10 && b.dx == 10 && b.y0 == 5 && b.dy == 2 && b.nx == 3 && b.ny == 2);
   EXPECT_EQ(b.depths, (VD{1, 2, 3, 4, 5, 6}));

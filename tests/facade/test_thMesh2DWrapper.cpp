@@ -17,7 +17,7 @@ TEST(thMesh2DWrapper, CopiesAndSetters) {
   VD x = w.nxCoor();
   x[0] = 5;
   EXPECT_EQ(w.nxCoor(), (VD{0, 1, 0}));  // a fresh copy each time
-  w.nt({1, 2, 3, 4});                     // the first non entries
+  w.nt({1, 2, 3, 4});                    // the first non entries
   EXPECT_EQ(w.nt(), (VI{1, 2, 3}));
   EXPECT_TRUE(w.anglesVF().empty() && w.en() == (VI{0, 1, 2}) && w.vfn().size() == 6u);  // no inner faces
   EXPECT_EQ(w.editRenumberNodes({2}), -1);

@@ -59,7 +59,7 @@ TEST(thResultFileWrapper, ReadsGiveTheRunsValues) {
   // columns of elements 3 and 1; the negative entry leaves no gap
   EXPECT_EQ(w.readItemData(0, 1, {3, -1, 1}), temps(1, {6, 7, 8, 3, 4}));
   EXPECT_EQ(w.readItemData(1, 2), (VD{2, 2.5, 3, 3.5}));
-  EXPECT_EQ(w.readTimeSeries(1, 2, 2), (VD{1, 2, 3}));  // to -1: the file's nt
+  EXPECT_EQ(w.readTimeSeries(1, 2, 2), (VD{1, 2, 3}));               // to -1: the file's nt
   EXPECT_EQ(w.readTimeSeries(0, 1, 1, 1, 3), (VD{103.25, 203.25}));  // cell 3 at t 1, 2
   VD z, d;
   EXPECT_VEXCEPTION(w.readProfile(0, 0, 0, z, d), "Not implemented.");
@@ -72,8 +72,9 @@ TEST(thResultFileWrapper, ReadsGiveTheRunsValues) {
   std::vector<uint8_t> bitmap(4 * 4 * 3);
   EXPECT_EQ(w.readLayerAndInterpOnBitmap(1, 0, 0, bitmap, 4, 3, 10, 0, 300, 0, 100, 0, 2, {-1, 0}, -1, 2), 0);
   bitmap.resize(40);
-  EXPECT_VEXCEPTION_HAS(w.readLayerAndInterpOnBitmap(1, 0, 0, bitmap, 4, 3, 10, 0, 300, 0, 100, 0, 2, {-1, 0}, -1, 2),
-                        "fewer than the 48 needed");
+  EXPECT_VEXCEPTION_HAS(
+      w.readLayerAndInterpOnBitmap(1, 0, 0, bitmap, 4, 3, 10, 0, 300, 0, 100, 0, 2, {-1, 0}, -1, 2),
+      "fewer than the 48 needed");
   EXPECT_VEXCEPTION_HAS(w.readItemData(5, 0), "item number 5 is out of range");
 }
 

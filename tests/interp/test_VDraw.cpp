@@ -20,7 +20,8 @@ namespace {
 // Black, white and the ramps between them: grey in 3 steps, dark and light in 4; U is a pixel
 // that the painter left alone.
 constexpr int32_t B = static_cast<int32_t>(0xFF000000u), W = -1, G = static_cast<int32_t>(0xFF7F7F7Fu);
-constexpr int32_t D = static_cast<int32_t>(0xFF555555u), L = static_cast<int32_t>(0xFFAAAAAAu), U = 0x12345678;
+constexpr int32_t D = static_cast<int32_t>(0xFF555555u), L = static_cast<int32_t>(0xFFAAAAAAu),
+                  U = 0x12345678;
 const VI kBW = {B, W};
 
 VI ramp(const VI& cols, int32_t n) {
@@ -38,16 +39,18 @@ VCartGrid makeGrid(VD& data, int32_t nx, int32_t ny, double x0, double y0, doubl
 VI byBreaks(const VCartGrid& g, int32_t nx, int32_t ny, const VD& e, const VD& brk, double p) {
   VI bmp(static_cast<size_t>(nx) * ny, U);
   int32_t* b = bmp.data();
-  EXPECT_EQ(VDraw::interpOnBitmap(g, b, nx, ny, e[0], e[1], e[2], e[3], brk.data(), static_cast<int32_t>(brk.size()),
-                                  kBW.data(), 2, p), 0);
+  EXPECT_EQ(VDraw::interpOnBitmap(g, b, nx, ny, e[0], e[1], e[2], e[3], brk.data(),
+                                  static_cast<int32_t>(brk.size()), kBW.data(), 2, p),
+            0);
   return bmp;
 }
-VI byScale(const VCartGrid& g, int32_t nx, int32_t ny, int32_t nz, const VD& e, double zmin, double zmax, double p,
-           const VI& cols = kBW) {
+VI byScale(const VCartGrid& g, int32_t nx, int32_t ny, int32_t nz, const VD& e, double zmin, double zmax,
+           double p, const VI& cols = kBW) {
   VI bmp(static_cast<size_t>(nx) * ny, U);
   int32_t* b = bmp.data();
   EXPECT_EQ(VDraw::interpOnBitmap(g, b, nx, ny, nz, e[0], e[1], e[2], e[3], zmin, zmax, cols.data(),
-                                  static_cast<int32_t>(cols.size()), p), 0);
+                                  static_cast<int32_t>(cols.size()), p),
+            0);
   return bmp;
 }
 // Points on a 4x4 bitmap over [0,4]x[0,4] (one map unit per pixel), palette black, grey, white for
@@ -55,8 +58,9 @@ VI byScale(const VCartGrid& g, int32_t nx, int32_t ny, int32_t nz, const VD& e, 
 VI byPoints(const VD& x, const VD& y, const VD& v, double r) {
   VI bmp(16, U);
   int32_t* b = bmp.data();
-  EXPECT_EQ(VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), static_cast<int32_t>(x.size()), b, 4, 4, 3, 0,
-                                        4, 0, 4, 0, 3, kBW.data(), 2, r), 0);
+  EXPECT_EQ(VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), static_cast<int32_t>(x.size()), b, 4, 4,
+                                        3, 0, 4, 0, 4, 0, 3, kBW.data(), 2, r),
+            0);
   return bmp;
 }
 
@@ -82,15 +86,21 @@ TEST(VDraw, ColourRamp) {
   // ignored. With more colours than steps the ramp takes the first and the last. Black, white,
   // black, white over 6 steps shows the rounding of a = s/(ncolors-1)*(n-1) = 1/3*5 at step 2:
   // t = 0.2000000000000001, so white weighs 203.99999999999997, truncated to 0xCB.
-  struct R { VI cols; int32_t n; VI want; };
+  struct R {
+    VI cols;
+    int32_t n;
+    VI want;
+  };
   const auto c = [](uint32_t v) { return static_cast<int32_t>(v); };
-  for (const R& r : {R{kBW, 3, {B, G, W}}, R{kBW, 4, {B, D, L, W}},
-                     R{{0x00FF0000, 0x000000FF}, 2, {c(0xFFFF0000u), c(0xFF0000FFu)}},
-                     R{{c(0xFF102030u), c(0xFF305070u)}, 3, {c(0xFF102030u), c(0xFF203850u), c(0xFF305070u)}},
-                     R{{0xFF0000, 0x00FF00, 0x0000FF}, 5,
-                       {c(0xFFFF0000u), c(0xFF7F7F00u), c(0xFF00FF00u), c(0xFF007F7Fu), c(0xFF0000FFu)}},
-                     R{{0x111111, 0x222222, 0x333333, 0x444444}, 2, {c(0xFF111111u), c(0xFF444444u)}},
-                     R{{B, W, B, W}, 6, {B, c(0xFF999999u), c(0xFFCBCBCBu), c(0xFF323232u), c(0xFF666666u), W}}})
+  for (const R& r :
+       {R{kBW, 3, {B, G, W}}, R{kBW, 4, {B, D, L, W}},
+        R{{0x00FF0000, 0x000000FF}, 2, {c(0xFFFF0000u), c(0xFF0000FFu)}},
+        R{{c(0xFF102030u), c(0xFF305070u)}, 3, {c(0xFF102030u), c(0xFF203850u), c(0xFF305070u)}},
+        R{{0xFF0000, 0x00FF00, 0x0000FF},
+          5,
+          {c(0xFFFF0000u), c(0xFF7F7F00u), c(0xFF00FF00u), c(0xFF007F7Fu), c(0xFF0000FFu)}},
+        R{{0x111111, 0x222222, 0x333333, 0x444444}, 2, {c(0xFF111111u), c(0xFF444444u)}},
+        R{{B, W, B, W}, 6, {B, c(0xFF999999u), c(0xFFCBCBCBu), c(0xFF323232u), c(0xFF666666u), W}}})
     EXPECT_EQ(ramp(r.cols, r.n), r.want) << r.n;
   EXPECT_VEXCEPTION_HAS(ramp({B}, 3), "at least 2 colours");
   EXPECT_VEXCEPTION_HAS(ramp(kBW, -4), "at least 2 steps");
@@ -159,7 +169,8 @@ TEST(VDraw, GridBadInput) {
   VI bmp(4, U);
   int32_t *b = bmp.data(), *none = nullptr;
   const double brk[2] = {0, 1};
-  auto scale = [&](const VCartGrid& grid, int32_t*& to, int32_t nx, int32_t ny, int32_t nz, double zmax, int32_t nc) {
+  auto scale = [&](const VCartGrid& grid, int32_t*& to, int32_t nx, int32_t ny, int32_t nz, double zmax,
+                   int32_t nc) {
     return VDraw::interpOnBitmap(grid, to, nx, ny, nz, 0.0, 1.0, 0.0, 1.0, 2.0, zmax, kBW.data(), nc, 2.0);
   };
   auto breaks = [&](int32_t ny, const double* br, int32_t nbrk) {
@@ -188,7 +199,8 @@ TEST(VDraw, PointsByHand) {
   // (0,0) v 0 and (2,0) v 2. The last record stops both indices, so from column 2 on the range is
   // empty and even the pixel under the second point is left alone. Pixel (1,0) has both at
   // distance 1: (0 + 2)/2 = 1, grey. Rows from the top (j = 3) down.
-  EXPECT_EQ(byPoints({0.5, 2.5}, {0.5, 0.5}, {0, 2}, 1.0), (VI{U, U, U, U, U, U, U, U, B, U, U, U, B, G, U, U}));
+  EXPECT_EQ(byPoints({0.5, 2.5}, {0.5, 0.5}, {0, 2}, 1.0),
+            (VI{U, U, U, U, U, U, U, U, B, U, U, U, B, G, U, U}));
   // (3,3) v 1, (0,1) v 0, (1,1) v 2. On pixel (1,1) the point there decides alone, throwing away the
   // 0 gathered from (0,1) first. Column 3 is skipped (its range holds the last record only).
   const VI want = {U, U, G, U,  //
@@ -215,18 +227,21 @@ TEST(VDraw, PointsByHand) {
 namespace {
 // The sweep written out plainly (records sorted by column, then row, then given order; every
 // record of the range tested for every pixel), to hold the painter's faster walk against.
-void plainSweep(const VD& x, const VD& y, const VD& v, VI& bmp, int32_t nx, int32_t ny, int32_t nz, const VD& e,
-                double zmin, double zmax, const VI& cols, double r) {
-  struct Rec { int32_t ix, iy; double v; };
+void plainSweep(const VD& x, const VD& y, const VD& v, VI& bmp, int32_t nx, int32_t ny, int32_t nz,
+                const VD& e, double zmin, double zmax, const VI& cols, double r) {
+  struct Rec {
+    int32_t ix, iy;
+    double v;
+  };
   if (r < 0) r = 2 * ((e[1] - e[0]) + (e[3] - e[2])) / std::sqrt(static_cast<double>(x.size()));
   const double sx = nx / (e[1] - e[0]), sy = ny / (e[3] - e[2]);
   std::vector<Rec> recs;
   for (size_t k = 0; k < x.size(); ++k)
     if (e[0] - r <= x[k] && x[k] <= e[1] + r && e[2] - r <= y[k] && y[k] <= e[3] + r)
-      recs.push_back({static_cast<int32_t>((x[k] - e[0]) * sx), static_cast<int32_t>((y[k] - e[2]) * sy), v[k]});
-  std::stable_sort(recs.begin(), recs.end(), [](const Rec& a, const Rec& b) {
-    return a.ix != b.ix ? a.ix < b.ix : a.iy < b.iy;
-  });
+      recs.push_back(
+          {static_cast<int32_t>((x[k] - e[0]) * sx), static_cast<int32_t>((y[k] - e[2]) * sy), v[k]});
+  std::stable_sort(recs.begin(), recs.end(),
+                   [](const Rec& a, const Rec& b) { return a.ix != b.ix ? a.ix < b.ix : a.iy < b.iy; });
   if (recs.empty()) return;
   const VI pal = ramp(cols, nz);
   const int32_t rx = static_cast<int32_t>(sx * r), ry = static_cast<int32_t>(sy * r);
@@ -251,7 +266,8 @@ void plainSweep(const VD& x, const VD& y, const VD& v, VI& bmp, int32_t nx, int3
         }
       }
       const double q = (sum / w - zmin) * (nz / (zmax - zmin));
-      if (w > 0) bmp[(ny - 1 - j) * nx + i] = q < 0 ? pal[0] : q > nz - 1 ? pal[nz - 1] : pal[int32_t(q + 0.5)];
+      if (w > 0)
+        bmp[(ny - 1 - j) * nx + i] = q < 0 ? pal[0] : q > nz - 1 ? pal[nz - 1] : pal[int32_t(q + 0.5)];
     }
   }
 }
@@ -262,12 +278,17 @@ TEST(VDraw, PointsSweepMatchesPlainSweep) {
   const VI cols = {0x0000FF, 0x00FF00, 0xFF0000};
   // Square and stretched pixels, radii below, at and above a pixel, the default radius, more
   // points than pixels so that many share a pixel, and a radius of hundreds of pixels.
-  struct Case { int32_t n, nx, ny; VD e; double r; };
+  struct Case {
+    int32_t n, nx, ny;
+    VD e;
+    double r;
+  };
   for (const Case& c : {Case{300, 40, 30, {0, 40, 0, 30}, 2.5}, Case{2000, 37, 23, {0, 10, 5, 9}, 0.6},
                         Case{500, 50, 20, {-5, 5, 0, 2}, 0.35}, Case{4000, 30, 30, {0, 1, 0, 1}, -1},
                         Case{50, 64, 48, {100, 164, 0, 48}, 7.0}, Case{800, 25, 60, {0, 25, 0, 60}, 0.0},
                         Case{200, 20, 20, {0, 20, 0, 20}, 1e-3}, Case{60, 30, 30, {0, 1, 0, 1}, 20.0}}) {
-    std::uniform_real_distribution<double> ux(c.e[0] - 2, c.e[1] + 2), uy(c.e[2] - 2, c.e[3] + 2), uv(-0.5, 10.5);
+    std::uniform_real_distribution<double> ux(c.e[0] - 2, c.e[1] + 2), uy(c.e[2] - 2, c.e[3] + 2),
+        uv(-0.5, 10.5);
     VD x(c.n), y(c.n), v(c.n);
     for (int32_t k = 0; k < c.n; ++k) {
       x[k] = ux(gen);
@@ -281,8 +302,8 @@ TEST(VDraw, PointsSweepMatchesPlainSweep) {
     VI want(static_cast<size_t>(c.nx) * c.ny, U), got = want;
     plainSweep(x, y, v, want, c.nx, c.ny, 12, c.e, 0, 10, cols, c.r);
     int32_t* b = got.data();
-    VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), c.n, b, c.nx, c.ny, 12, c.e[0], c.e[1], c.e[2], c.e[3],
-                                0, 10, cols.data(), 3, c.r);
+    VDraw::interpPointsOnBitmap(x.data(), y.data(), v.data(), c.n, b, c.nx, c.ny, 12, c.e[0], c.e[1], c.e[2],
+                                c.e[3], 0, 10, cols.data(), 3, c.r);
     EXPECT_EQ(got, want) << "n " << c.n << " r " << c.r;
     EXPECT_NE(std::count(got.begin(), got.end(), U), static_cast<long>(got.size()));
   }
@@ -292,10 +313,10 @@ TEST(VDraw, PointsBadInput) {
   const double x[2] = {0.5, 1.5}, y[2] = {0.5, 0.5}, v[2] = {0, 2}, vn[2] = {NAN, NAN};
   VI bmp(4, U);
   int32_t* b = bmp.data();
-  auto paint = [&](int32_t n, int32_t nx, int32_t nz, double xmax, double zmin, double zmax, int32_t nc, double r,
-                   bool noX = false, bool nanV = false) {
-    return VDraw::interpPointsOnBitmap(noX ? nullptr : x, y, nanV ? vn : v, n, b, nx, 2, nz, 0, xmax, 0, 2, zmin, zmax,
-                                       kBW.data(), nc, r);
+  auto paint = [&](int32_t n, int32_t nx, int32_t nz, double xmax, double zmin, double zmax, int32_t nc,
+                   double r, bool noX = false, bool nanV = false) {
+    return VDraw::interpPointsOnBitmap(noX ? nullptr : x, y, nanV ? vn : v, n, b, nx, 2, nz, 0, xmax, 0, 2,
+                                       zmin, zmax, kBW.data(), nc, r);
   };
   EXPECT_VEXCEPTION_HAS(paint(-1, 2, 3, 2, 0, 3, 2, 1), "number of points -1 is negative");
   EXPECT_VEXCEPTION_HAS(paint(2, 2, 3, 2, 0, 0, 2, 1), "colour scale from zmin = 0 to zmax = 0");
@@ -305,7 +326,8 @@ TEST(VDraw, PointsBadInput) {
   EXPECT_VEXCEPTION_HAS(paint(2, 2, 3, 2, 0, 3, 2, 1, true), "is null");
   // Nothing to paint: no points, an empty bitmap, a radius that is not a number.
   EXPECT_EQ(paint(0, 2, 3, 2, 0, 3, 2, -1) + paint(2, 0, 3, 2, 0, 3, 2, 1) + paint(2, 2, 3, 2, 0, 3, 2, NAN) +
-                paint(2, 2, 3, 0, 0, 3, 2, NAN), 0);
+                paint(2, 2, 3, 0, 0, 3, 2, NAN),
+            0);
   EXPECT_EQ(bmp, VI(4, U));
   // A value that is not a number paints the bottom of the scale; a reversed scale is a scale:
   // (0 - 3) * (3 / -3) = 3 > 2 is the top.

@@ -29,10 +29,12 @@ TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
   EXPECT_EQ(vi.sources[0], (std::vector<int32_t>{3, 2, 1}));
   EXPECT_NEAR(vi.weights[0][0], 1 / 186.29, 1e-12);
 
-  EXPECT_VEXCEPTION(vi.init2D(x.data(), y.data(), 4, tx.data(), ty.data(), 2, 1), "Unsupported interpolation type.");
+  EXPECT_VEXCEPTION(vi.init2D(x.data(), y.data(), 4, tx.data(), ty.data(), 2, 1),
+                    "Unsupported interpolation type.");
   EXPECT_TRUE(vi.sources.empty() && vi.type == 1);
   uint8_t two[4] = {0, 0, 1, 1};
-  EXPECT_VEXCEPTION_HAS(vi.init2D(x.data(), y.data(), two, 4, tx.data(), ty.data(), 2, 0), "but 2 remain after masking");
+  EXPECT_VEXCEPTION_HAS(vi.init2D(x.data(), y.data(), two, 4, tx.data(), ty.data(), 2, 0),
+                        "but 2 remain after masking");
 }
 
 TEST(VInterpol, ThreeDimensionsScaleTheVerticalAndAddToTheLists) {
@@ -54,7 +56,9 @@ TEST(RBF3DInterpol, PassesThroughItsPointsAndRefusesCoincidentOnes) {
   std::vector<double> x = {0, 3, 0}, y = {0, 0, 4}, z = {0, 1, 2}, v = {1.5, -2, 7};
   for (auto [R, k] : {std::pair{0.0, 1}, {1.0, 1}, {2.0, 3}}) {
     double* out = nullptr;
-    ASSERT_EQ(RBF3DInterpol(x.data(), y.data(), z.data(), v.data(), 3, x.data(), y.data(), z.data(), out, 3, R, k), 0);
+    ASSERT_EQ(
+        RBF3DInterpol(x.data(), y.data(), z.data(), v.data(), 3, x.data(), y.data(), z.data(), out, 3, R, k),
+        0);
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(out[i], v[i], 1e-9) << "R " << R << " k " << k;
     delete[] out;
   }

@@ -93,7 +93,8 @@ TEST(Vkdtree, OracleAgainstBruteForce) {
     const double qx = u(gen), qy = u(gen);
     VI order(n);
     std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [&](int32_t a, int32_t b) { return d2(a, qx, qy) < d2(b, qx, qy); });
+    std::sort(order.begin(), order.end(),
+              [&](int32_t a, int32_t b) { return d2(a, qx, qy) < d2(b, qx, qy); });
     kd_node_t* best = nullptr;
     double bestDist = 0;
     t.nearestExact(t.root, VD{qx, qy}.data(), 0, 2, best, bestDist);

@@ -71,16 +71,21 @@ TEST(dijkstra, RasterDistancesPathsAndField) {
   delete[] f[0];
   delete[] f;
   EXPECT_EQ(d.pathXY(2, 0), (VI{4, 2}));  // over the blocked cell diagonally
-  EXPECT_VEXCEPTION(d.pathXY(3, 0), "dijkstra::pathXY: cell i = 3, j = 0 lies outside the raster of 3 by 2 cells.");
+  EXPECT_VEXCEPTION(d.pathXY(3, 0),
+                    "dijkstra::pathXY: cell i = 3, j = 0 lies outside the raster of 3 by 2 cells.");
   row0[0] = 1;  // a blocked source is not expanded
   d.run(0);
   EXPECT_EQ(d.dist[3], 999999999);
 }
 
 TEST(dijkstra, RasterScale) {
-  struct Case { int32_t nx, ny; double dx, dy; int32_t scale; };
-  for (const Case& c : {Case{10, 1, 0.005, 0.005, 10000000}, Case{1000, 10, 1.2345, 1, 1000},
-                        Case{1, 1, 1e8, 1, 1}}) {
+  struct Case {
+    int32_t nx, ny;
+    double dx, dy;
+    int32_t scale;
+  };
+  for (const Case& c :
+       {Case{10, 1, 0.005, 0.005, 10000000}, Case{1000, 10, 1.2345, 1, 1000}, Case{1, 1, 1e8, 1, 1}}) {
     dijkstra d;
     d.initGrid(c.nx, c.ny, c.dx, c.dy, nullptr);
     EXPECT_EQ(d.scale, c.scale) << c.nx;

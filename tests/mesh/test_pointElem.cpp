@@ -13,8 +13,8 @@ using thalmod::thMesh2D;
 // The unit square as two triangles split along the diagonal from (0,0) to (1,1).
 void unitSquare(thMesh2D& m, bool upperFirst) {
   const std::vector<int32_t> lower = {0, 1, 2}, upper = {0, 2, 3};
-  thTest::buildMesh(m, {0, 1, 1, 0}, {0, 0, 1, 1}, {0, 0, 0, 0}, upperFirst ? std::vector{upper, lower}
-                                                                          : std::vector{lower, upper});
+  thTest::buildMesh(m, {0, 1, 1, 0}, {0, 0, 1, 1}, {0, 0, 0, 0},
+                    upperFirst ? std::vector{upper, lower} : std::vector{lower, upper});
 }
 
 TEST(PointElem, PointsInsideOutsideAndOnFaces) {
@@ -24,9 +24,11 @@ TEST(PointElem, PointsInsideOutsideAndOnFaces) {
   // On the shared diagonal the crossing rule counts the point in the lower triangle only, whatever
   // the element order; the rule's edges are half-open: the left edge of the square is in, the
   // right edge is out.
-  const struct { double x, y; int32_t lowerFirst, upperFirst; } cases[] = {
-      {0.7, 0.2, 0, 1}, {0.2, 0.7, 1, 0}, {2.0, 0.5, -1, -1}, {0.5, -0.1, -1, -1}, {0.5, 1.5, -1, -1},
-      {0.5, 0.5, 0, 1}, {0.0, 0.5, 1, 0}, {1.0, 0.5, -1, -1}};
+  const struct {
+    double x, y;
+    int32_t lowerFirst, upperFirst;
+  } cases[] = {{0.7, 0.2, 0, 1},   {0.2, 0.7, 1, 0}, {2.0, 0.5, -1, -1}, {0.5, -0.1, -1, -1},
+               {0.5, 1.5, -1, -1}, {0.5, 0.5, 0, 1}, {0.0, 0.5, 1, 0},   {1.0, 0.5, -1, -1}};
   for (const auto& c : cases) {
     EXPECT_EQ(m.pointElem(c.x, c.y), c.lowerFirst) << c.x << " " << c.y;
     EXPECT_EQ(u.pointElem(c.x, c.y), c.upperFirst) << c.x << " " << c.y;

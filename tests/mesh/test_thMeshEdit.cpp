@@ -50,7 +50,8 @@ thMesh2D grid(int nx, int ny, bool tri = false, int west = 0) {
 
 TEST(MeshEdit, RenumberNodes) {
   // the two cases of the step-by-step table, and a list on both sides of its first node
-  for (auto [list, want] : {std::pair<V, V>{{3, 1}, {0, 3, 1, 2, 4, 5}}, {{1, 3}, {0, 1, 3, 2, 4, 5}},
+  for (auto [list, want] : {std::pair<V, V>{{3, 1}, {0, 3, 1, 2, 4, 5}},
+                            {{1, 3}, {0, 1, 3, 2, 4, 5}},
                             {{3, 1, 5}, {0, 3, 1, 2, 5, 4}}}) {
     thMesh2D m = grid(2, 1);
     const D x = arr(m.nxCoor, 6), y = arr(m.nyCoor, 6);
@@ -68,8 +69,9 @@ TEST(MeshEdit, RenumberNodes) {
   EXPECT_EQ(V({w.tnbe, w.nBnd, int(w.nxCoor[3]), int(w.nxCoor[4])}), V({0, 0, 1, 0}));
   EXPECT_EQ(w.editRenumberNodes(1, list) + w.editRenumberNodes(0, nullptr), -2);
   const int32_t twice[] = {1, 5, 1};
-  EXPECT_VEXCEPTION(w.editRenumberNodes(3, twice),
-                    "editRenumberNodes: node 1 stands twice in the list; a renumbering moves distinct nodes.");
+  EXPECT_VEXCEPTION(
+      w.editRenumberNodes(3, twice),
+      "editRenumberNodes: node 1 stands twice in the list; a renumbering moves distinct nodes.");
 }
 
 TEST(MeshEdit, DeleteNodesAndElements) {
@@ -89,7 +91,8 @@ TEST(MeshEdit, DeleteNodesAndElements) {
   q.editAddElem(3, tris, false);
   q.editAddElem(3, tris + 3, true);
   EXPECT_EQ(V({q.noe, q.nvf, q.nivf, q.en[4], q.en[7]}), V({3, 8, 2, 0, 0}));
-  EXPECT_VEXCEPTION(q.editDelElem(-1, true), "editDelElem: element -1 does not exist; the mesh has elements 0 to 2.");
+  EXPECT_VEXCEPTION(q.editDelElem(-1, true),
+                    "editDelElem: element -1 does not exist; the mesh has elements 0 to 2.");
 
   // bulk: element 0 of three quadrilaterals with its two nodes 0 and 4 (listed twice)
   thMesh2D b = grid(3, 1);
@@ -101,7 +104,8 @@ TEST(MeshEdit, DeleteNodesAndElements) {
   EXPECT_VEXCEPTION(b.editDelNodesElems(0, nullptr, 1, used),
                     "editDelNodesElems: element 0 is kept but uses node 1, which is to be deleted; list the "
                     "element for deletion as well.");
-  EXPECT_VEXCEPTION(b.editDelNodesElems(2, nullptr, 0, nullptr), "editDelNodesElems: the list of 2 elements is missing.");
+  EXPECT_VEXCEPTION(b.editDelNodesElems(2, nullptr, 0, nullptr),
+                    "editDelNodesElems: the list of 2 elements is missing.");
   EXPECT_EQ(V({b.non, b.noe, b.en[0]}), V({6, 2, 0}));
 
   thMesh2D u;
@@ -134,8 +138,9 @@ TEST(MeshEdit, AddNodesAndElements) {
   EXPECT_EQ(V({b.non, b.noe, b.en[16], b.en[21]}), V({15, 6, 10, 14}));
   for (int e : {4, 5}) EXPECT_TRUE(std::hypot(b.eVoronoiX[e] - 31.0 / 3, b.eVoronoiY[e] - 1.0 / 3) < 1e-14);
   int32_t bad[] = {0, 0, 7};
-  EXPECT_VEXCEPTION(b.editAddNodesElems(1, x, y, 1, bad, 0, 3, 0),
-                    "editAddNodesElems: a new element refers to node 22, but the mesh has 16 nodes with the new ones.");
+  EXPECT_VEXCEPTION(
+      b.editAddNodesElems(1, x, y, 1, bad, 0, 3, 0),
+      "editAddNodesElems: a new element refers to node 22, but the mesh has 16 nodes with the new ones.");
   EXPECT_EQ(V({bad[2], b.non}), V({7, 15}));
 
   // a band of 2 by 2 quadrilaterals along (0,0)-(10,0): node (i,k) = 3i+k, 1 apart across
@@ -172,8 +177,9 @@ TEST(MeshEdit, AddMeshMergeMesh) {
   EXPECT_VEXCEPTION_HAS(a.editAddMesh(grid(2, 1)), "Voronoi point on face.");
   thMesh2D l = grid(1, 1);
   l.projection = "LONLAT";
-  EXPECT_VEXCEPTION(delete a.mergeMesh(l), "mergeMesh: the meshes are in different projections (utm33 and LONLAT); "
-                                           "bring one into the other's with toLonLat or toUTM first.");
+  EXPECT_VEXCEPTION(delete a.mergeMesh(l),
+                    "mergeMesh: the meshes are in different projections (utm33 and LONLAT); "
+                    "bring one into the other's with toLonLat or toUTM first.");
 }
 
 TEST(MeshEdit, VoronoiAndProjections) {
@@ -198,8 +204,10 @@ TEST(MeshEdit, VoronoiAndProjections) {
   for (int i = 0; i < 9; i++) EXPECT_NEAR(std::hypot(u.nxCoor[i] - x[i], u.nyCoor[i] - y[i]), 0, 1.0);
   EXPECT_EQ(u.toUTM(40), 0);  // not longitude and latitude: nothing to do
   u.toLonLat();
-  EXPECT_VEXCEPTION(u.toUTM(61), "toUTM: 61 is no UTM zone; a zone is 1 to 60, negative south of the equator.");
-  EXPECT_VEXCEPTION_HAS(u.toUTM(40), "lies outside the range of UTM zone 40 (longitudes 37 to 77, latitudes 0 to 84).");
+  EXPECT_VEXCEPTION(u.toUTM(61),
+                    "toUTM: 61 is no UTM zone; a zone is 1 to 60, negative south of the equator.");
+  EXPECT_VEXCEPTION_HAS(u.toUTM(40),
+                        "lies outside the range of UTM zone 40 (longitudes 37 to 77, latitudes 0 to 84).");
   EXPECT_NEAR(u.nxCoor[1], 9.0, 1e-9);
   thMesh2D p = grid(1, 1);
   p.projection = "mercator";
@@ -215,11 +223,27 @@ TEST(MeshEdit, InvariantsOfRandomEdits) {
     auto pick = [&rng](int n) { return static_cast<int32_t>(rng() % n); };
     for (int step = 0; step < 12; step++) {
       switch (step % 6) {
-        case 0: m->editDelElem(pick(m->noe), false); m->editDelNode(pick(m->non), true); break;
-        case 1: { const int32_t e[] = {pick(m->noe), pick(m->noe)}; m->editDelNodesElems(2, e, 0, nullptr); break; }
+        case 0:
+          m->editDelElem(pick(m->noe), false);
+          m->editDelNode(pick(m->non), true);
+          break;
+        case 1: {
+          const int32_t e[] = {pick(m->noe), pick(m->noe)};
+          m->editDelNodesElems(2, e, 0, nullptr);
+          break;
+        }
         case 2: m->editDelUnusedNodes(); break;
-        case 3: { const int32_t l[] = {pick(m->non), (pick(m->non) + 1) % m->non}; if (l[0] != l[1]) m->editRenumberNodes(2, l); break; }
-        case 4: { m->editAddNode(0.5, -0.5 - step, 0, false); const int32_t t[] = {0, 1, m->non - 1}; m->editAddElem(3, t, true); break; }
+        case 3: {
+          const int32_t l[] = {pick(m->non), (pick(m->non) + 1) % m->non};
+          if (l[0] != l[1]) m->editRenumberNodes(2, l);
+          break;
+        }
+        case 4: {
+          m->editAddNode(0.5, -0.5 - step, 0, false);
+          const int32_t t[] = {0, 1, m->non - 1};
+          m->editAddElem(3, t, true);
+          break;
+        }
         default: m->optimCenterNodes(1, false); m->initMesh();
       }
       for (int64_t k = 0; k < m->nevf; k++) ASSERT_TRUE(m->en[k] >= 0 && m->en[k] < m->non);

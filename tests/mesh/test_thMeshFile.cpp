@@ -16,9 +16,9 @@ using V = std::vector<int>;
 namespace {
 
 // A binary mesh image: nodes, element lists, optional Voronoi points.
-std::vector<uint8_t> image(const std::vector<float>& x, const std::vector<float>& y, const std::vector<int32_t>& nt,
-                           const std::vector<std::vector<int32_t>>& elems, const std::vector<float>& vx = {},
-                           const std::vector<float>& vy = {}) {
+std::vector<uint8_t> image(const std::vector<float>& x, const std::vector<float>& y,
+                           const std::vector<int32_t>& nt, const std::vector<std::vector<int32_t>>& elems,
+                           const std::vector<float>& vx = {}, const std::vector<float>& vy = {}) {
   std::vector<uint8_t> b;
   thTest::putLE<int32_t>(b, static_cast<int32_t>(x.size()));
   thTest::putLE<int32_t>(b, static_cast<int32_t>(elems.size()));
@@ -99,7 +99,8 @@ TEST(MeshText, BadInput) {
 
 TEST(MeshFile, ReadFromFiles) {
   thTest::TempDir dir;
-  const std::string text = thTest::smallModelMeshText(), tf = dir.file("model.mesh"), bf = dir.file("model.bmesh");
+  const std::string text = thTest::smallModelMeshText(), tf = dir.file("model.mesh"),
+                    bf = dir.file("model.bmesh");
   thTest::writeText(tf, text);
   thMesh2D m;
   EXPECT_EQ(m.readMeshFromFile(tf), 0);
@@ -180,7 +181,8 @@ TEST(MeshBinary, BadBlocks) {
   thMesh2D m;
   const auto good = image(x, y, {0, 0, 0}, {{0, 1, 2}});
   for (size_t cut = 0; cut < good.size(); cut++)
-    EXPECT_VEXCEPTION_HAS(m.readMeshBuffer(bytes(good), 2, static_cast<int64_t>(cut)), "the mesh block ends after");
+    EXPECT_VEXCEPTION_HAS(m.readMeshBuffer(bytes(good), 2, static_cast<int64_t>(cut)),
+                          "the mesh block ends after");
   EXPECT_VEXCEPTION_HAS(m.readMeshBuffer(nullptr, 2, 0), "missing");
   auto neg = image(x, y, {0, 0, 0}, {});
   neg[0] = 0xfe;
@@ -237,9 +239,10 @@ TEST(MeshReport, RoundTripsDefaultMeshAndXml) {
   EXPECT_EQ(V({d.noe, d.nonpe[0], d.nvf, d.nt[0], d.nt[1], d.nt[2], d.nt[3]}), V({1, 4, 4, 99, 99, 99, 99}));
   EXPECT_TRUE(!d.eIsAcute[0] && d.totArea == 1.0);  // Voronoi points computed, not read
   d.meshFN = "a\\b.mesh";
-  EXPECT_EQ(d.meshXml(),
-            "<Mesh>\n\t<Filename>a\\b.mesh</Filename>\n\t<Format>EMT</Format>\n\t<Projection>UTM32</Projection>\n"
-            "</Mesh>\n");
+  EXPECT_EQ(
+      d.meshXml(),
+      "<Mesh>\n\t<Filename>a\\b.mesh</Filename>\n\t<Format>EMT</Format>\n\t<Projection>UTM32</Projection>\n"
+      "</Mesh>\n");
   d.meshFmt = 1;
   EXPECT_NE(d.meshXml().find("\t<Format>EMB</Format>\n"), std::string::npos);
   d.meshFmt = 7;

@@ -32,11 +32,12 @@ const std::string kite = "4 2\n0 0\n4 0\n2 3\n2 -3\n0 1 2\n0 3 1\n";
 TEST(MeshInit, SingleTriangles) {
   thMesh2D m;
   m.readMeshText("3 1\n0 0 0\n4 0 0\n1 3 0\n0 1 2\n");
-  EXPECT_EQ(V({m.nvf, m.nivf, m.tnbe, m.nBnd, m.nivfpe[0], m.nbvfpe[0], m.utmZone}), V({3, 0, 0, 0, 0, 0, 32}));
+  EXPECT_EQ(V({m.nvf, m.nivf, m.tnbe, m.nBnd, m.nivfpe[0], m.nbvfpe[0], m.utmZone}),
+            V({3, 0, 0, 0, 0, 0, 32}));
   // Face types, sides and node types follow rules that the random meshes of MeshTopology check;
   // here the numbers of faces and the geometry worked out by hand.
   EXPECT_EQ(arr(m.vfn, 6), V({0, 1, 1, 2, 2, 0}));  // closed faces keep the element's node order
-  EXPECT_EQ(arr(m.evf, 3), V({2, 1, 0}));  // three equal keys: the quicksort swaps the outer two
+  EXPECT_EQ(arr(m.evf, 3), V({2, 1, 0}));           // three equal keys: the quicksort swaps the outer two
   EXPECT_EQ(arr(m.evfSign, 3), std::vector<int8_t>(3, 0));
   // area, centre, and the circumcentre: x = 2 on the bisector of the base, 4 + y^2 = 1 + (y-3)^2
   EXPECT_TRUE(near({m.eArea[0], m.eAreaInv[0], m.exCoor[0], m.eyCoor[0], m.totArea, m.meanElemSize},
@@ -141,12 +142,12 @@ TEST(MeshInit, OpenBoundaries) {
 
   // face types from node types: face {0,1} is face 0 whether open or closed; types that name
   // no boundary give closed faces
-  const int types[][3] = {{2, -203, 2},     {-203, 3, 3},     {4, -203, 99}, {2, 3, 99},
-                          {7, 7, 7},        {-203, -203, 99}, {150, 150, 99}, {-5, -5, 99},
-                          {INT32_MIN, 0, 99}};
+  const int types[][3] = {{2, -203, 2},     {-203, 3, 3},   {4, -203, 99}, {2, 3, 99},        {7, 7, 7},
+                          {-203, -203, 99}, {150, 150, 99}, {-5, -5, 99},  {INT32_MIN, 0, 99}};
   for (const auto& t : types) {
     thMesh2D f;
-    f.readMeshText("3 1\n0 0 " + std::to_string(t[0]) + "\n1 0 " + std::to_string(t[1]) + "\n0 1 99\n0 1 2\n");
+    f.readMeshText("3 1\n0 0 " + std::to_string(t[0]) + "\n1 0 " + std::to_string(t[1]) +
+                   "\n0 1 99\n0 1 2\n");
     EXPECT_EQ(f.vft[0], t[2]) << t[0] << " " << t[1];
   }
 
@@ -168,8 +169,10 @@ TEST(MeshInit, MixedIslandAndModelMeshes) {
   EXPECT_TRUE(near({m.eVoronoiX[1], m.eVoronoiY[1], m.eVoronoiX[0]}, {1.375, 0.5, 0.5}));
   EXPECT_TRUE(!m.eIsAcute[0] && m.eIsAcute[1] && m.isOrthogonal);
   // the inner face; evfDist of the triangle is its own side
-  EXPECT_TRUE(near({m.vfDist[0], m.vfeDist[0], m.vfeDist[1], m.evfDist[m.eni[1]]}, {0.875, 0.5, 0.375, 0.375}));
-  EXPECT_TRUE(near({m.eArea[1], m.totArea, m.areaCenterX}, {0.5, 1.5, (0.5 * 1.0 + (4.0 / 3.0) * 0.5) / 1.5}));
+  EXPECT_TRUE(
+      near({m.vfDist[0], m.vfeDist[0], m.vfeDist[1], m.evfDist[m.eni[1]]}, {0.875, 0.5, 0.375, 0.375}));
+  EXPECT_TRUE(
+      near({m.eArea[1], m.totArea, m.areaCenterX}, {0.5, 1.5, (0.5 * 1.0 + (4.0 / 3.0) * 0.5) / 1.5}));
 
   // 3x3 unit cells without the middle one: an island of closed faces
   thMesh2D i;
@@ -181,7 +184,8 @@ TEST(MeshInit, MixedIslandAndModelMeshes) {
   // island faces point into the island: face {5,6} of element 1 has normal (0, 1)
   int island = -1;
   for (int f = i.nivf; f < i.nvf; f++)
-    if (V({std::min(i.vfn[2 * f], i.vfn[2 * f + 1]), std::max(i.vfn[2 * f], i.vfn[2 * f + 1])}) == V({5, 6})) island = f;
+    if (V({std::min(i.vfn[2 * f], i.vfn[2 * f + 1]), std::max(i.vfn[2 * f], i.vfn[2 * f + 1])}) == V({5, 6}))
+      island = f;
   ASSERT_GE(island, 0);
   EXPECT_EQ(i.vfe[2 * island], 1);
   EXPECT_NEAR(i.vfyNormL[island], 1.0, 1e-12);
@@ -245,8 +249,9 @@ TEST(MeshInit, LonLatMesh) {
   EXPECT_NEAR(m.vfyNormL[1], -1.0, 1e-9);
 
   // zones of the mesh: south is negative, 60 is reduced to 0; a UTM projection leaves 32
-  const std::pair<std::string, int> zones[] = {{"-60 -10\n-59.9 -10\n-59.95 -9.9\n", -21},  // floor(120.05/6)+1
-                                               {"175 10\n175.1 10\n175.05 10.1\n", 0}};
+  const std::pair<std::string, int> zones[] = {
+      {"-60 -10\n-59.9 -10\n-59.95 -9.9\n", -21},  // floor(120.05/6)+1
+      {"175 10\n175.1 10\n175.05 10.1\n", 0}};
   for (const auto& [nodes, zone] : zones) {
     thMesh2D z;
     z.projection = "LONLAT";
@@ -297,7 +302,7 @@ TEST(MeshInit, NodeArraysReplacedByAnEditor) {
     for (double** p : {&e.nxCoor, &e.nyCoor}) {
       double* fresh = new double[e.non];
       std::copy(*p, *p + e.non, fresh);
-      delete[] *p;
+      delete[] * p;
       *p = fresh;
     }
     e.nxCoor[0] = -0.001;

@@ -19,7 +19,8 @@ using V = std::vector<int32_t>;
 // An L of three unit squares (the north-east cell of a 2 x 2 grid missing), west side open
 // (boundary 1). Worked out by hand: inner faces 0 (4,1) and 1 (3,4); open faces 2 (3,6), 3 (0,3);
 // closed 4 (0,1), 5 (1,2), 6 (2,5), 7 (5,4), 8 (4,7), 9 (7,6).
-const char* lText = "8 3\n0 0 1\n1 0 99\n2 0 99\n0 1 1\n1 1 0\n2 1 99\n0 2 1\n1 2 99\n0 1 4 3\n1 2 5 4\n3 4 7 6\n";
+const char* lText =
+    "8 3\n0 0 1\n1 0 99\n2 0 99\n0 1 1\n1 1 0\n2 1 99\n0 2 1\n1 2 99\n0 1 4 3\n1 2 5 4\n3 4 7 6\n";
 
 // Two triangles over the unit square: element 0 (0,1,3) below the diagonal, 1 (0,3,2) above it;
 // faces 0 (0,3) inner, 1 (0,1), 2 (1,3), 3 (3,2), 4 (2,0).
@@ -96,15 +97,19 @@ TEST(MeshQuery, CircumferenceFailures) {
   const std::string tail = thGlobal::errTail;
   thMesh2D far, cut, longWalk;
   far.readMeshText("4 1\n0 0 0\n1 0 0\n0 1 0\n5 5 0\n0 1 2\n");  // the highest node is in no element
-  EXPECT_VEXCEPTION(far.circumferenceFaces(),
-                    "Could not determine first face in cirmumference faces - something wrong with mesh. " + tail);
+  EXPECT_VEXCEPTION(
+      far.circumferenceFaces(),
+      "Could not determine first face in cirmumference faces - something wrong with mesh. " + tail);
   twoTriangles(cut);
   cut.vft[1] = 0;  // the ring is broken at node 0
-  EXPECT_VEXCEPTION(cut.circumferenceFaces(), "Could not determine cirmumference faces - something wrong with mesh. " + tail);
+  EXPECT_VEXCEPTION(cut.circumferenceFaces(),
+                    "Could not determine cirmumference faces - something wrong with mesh. " + tail);
   twoTriangles(longWalk);
   longWalk.nivf = 2;  // fewer boundary faces than the walk meets
   EXPECT_VEXCEPTION(longWalk.circumferenceFaces(),
-                    "Could not determine cirmumference faces - something wrong with mesh. A node with more than 2 bnd faces ?" + tail);
+                    "Could not determine cirmumference faces - something wrong with mesh. A node with more "
+                    "than 2 bnd faces ?" +
+                        tail);
 }
 
 TEST(MeshQuery, IslandsNearestElementAndItsCarriedAnswer) {
@@ -112,25 +117,30 @@ TEST(MeshQuery, IslandsNearestElementAndItsCarriedAnswer) {
   std::string text = "16 8\n";
   for (int32_t k = 0; k < 16; k++) text += std::to_string(k % 4) + " " + std::to_string(k / 4) + " 0\n";
   for (int32_t c = 0, a = 0; c < 9; c++, a = (c / 3) * 4 + c % 3)
-    if (c != 4) text += std::to_string(a) + " " + std::to_string(a + 1) + " " + std::to_string(a + 5) + " " + std::to_string(a + 4) + "\n";
+    if (c != 4)
+      text += std::to_string(a) + " " + std::to_string(a + 1) + " " + std::to_string(a + 5) + " " +
+              std::to_string(a + 4) + "\n";
   thMesh2D m;
   m.readMeshText(text);
   EXPECT_TRUE(m.pointInDomain(1.5, 1.2) && m.pointElem(1.5, 1.2) == -1);
   // centre (1.5, 0.5) is nearest; inside element 5 no tree is asked; the tree finds centre (0.5, 2.5)
   // 0.02 away, and then no centre is closer than 0.02: the answer carries over
   EXPECT_EQ(V({m.pointElemNearest(1.5, 1.2, 0), m.pointElemNearest(0.6, 2.4, 0),
-               m.pointElemNearest(0.6, 2.4, 1), m.pointElemNearest(2.0, 0.1, 1)}), V({1, 5, 5, 5}));
+               m.pointElemNearest(0.6, 2.4, 1), m.pointElemNearest(2.0, 0.1, 1)}),
+            V({1, 5, 5, 5}));
 }
 
 TEST(MeshQuery, BoundariesOrientationAnglesDistances) {
   thMesh2D m, l, t;
   m.readMeshText(thTest::smallModelMeshText());
-  const std::vector<std::pair<int32_t, int32_t>> faces = {{9, -1}, {10, 0}, {11, 0}, {12, 1}, {13, 1}, {14, -1}};
+  const std::vector<std::pair<int32_t, int32_t>> faces = {{9, -1}, {10, 0}, {11, 0},
+                                                          {12, 1}, {13, 1}, {14, -1}};
   for (auto [f, k] : faces) EXPECT_EQ(m.faceBoundary(f), k) << f;
   EXPECT_EQ(V({m.boundaryIndex(2), m.boundaryIndex(3)}), V({1, -1}));
   l.readMeshText(lText);
   // By face: +1 where the face runs with the element's node order.
-  const std::map<int32_t, int32_t> want[3] = {{{0, -1}, {1, -1}, {3, -1}, {4, 1}}, {{0, 1}, {5, 1}, {6, 1}, {7, 1}},
+  const std::map<int32_t, int32_t> want[3] = {{{0, -1}, {1, -1}, {3, -1}, {4, 1}},
+                                              {{0, 1}, {5, 1}, {6, 1}, {7, 1}},
                                               {{1, 1}, {2, -1}, {8, 1}, {9, 1}}};
   const V o = take(l.evfOrientation(), l.nevf);
   for (int32_t e = 0; e < 3; e++)

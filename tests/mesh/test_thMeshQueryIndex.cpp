@@ -25,7 +25,8 @@ Stretches line(const thMesh2D& m, double x0, double y0, double x1, double y1, bo
   int32_t* ise = nullptr;
   double* isd = nullptr;
   Stretches s;
-  s.k = scan ? m.lineIntersectionsScan(x0, y0, x1, y1, ise, isd) : m.lineIntersections(x0, y0, x1, y1, ise, isd);
+  s.k = scan ? m.lineIntersectionsScan(x0, y0, x1, y1, ise, isd)
+             : m.lineIntersections(x0, y0, x1, y1, ise, isd);
   if (s.k > 0) s.ise.assign(ise, ise + s.k), s.isd.assign(isd, isd + s.k);
   EXPECT_TRUE(s.k > 0 || ise == nullptr);  // -1 leaves the outputs untouched
   delete[] ise, delete[] isd;
@@ -37,12 +38,12 @@ TEST(LineIntersections, HandWorkedStretches) {
   thMesh2D m, g;
   m.readMeshText(thTest::gridMeshText(2, 1));
   const std::vector<std::pair<std::vector<double>, Stretches>> cases = {
-      {{0.5, 0.5, 1.5, 0.5}, {2, {0, 1}, {0.5, 1.0}}},               // across the inner face
-      {{-1, 0.5, 0.5, 0.5}, {2, {-1, 0}, {1.0, 1.5}}},               // entering through the west face
-      {{-1, 0.5, 3, 0.5}, {4, {-1, 0, 1, -1}, {1, 2, 3, 4}}},        // through and out: land beyond is -1
-      {{0.2, 0.2, 0.4, 0.6}, {1, {0}, {std::sqrt(0.2)}}},            // inside one element
-      {{1.5, 0.5, 1.5, 2.0}, {2, {-1, 1}, {0.5, 1.5}}},  // a boundary face first: read as from outside
-      {{5, 5, 6, 6}, {-1, {}, {}}},                                  // no face, no element
+      {{0.5, 0.5, 1.5, 0.5}, {2, {0, 1}, {0.5, 1.0}}},         // across the inner face
+      {{-1, 0.5, 0.5, 0.5}, {2, {-1, 0}, {1.0, 1.5}}},         // entering through the west face
+      {{-1, 0.5, 3, 0.5}, {4, {-1, 0, 1, -1}, {1, 2, 3, 4}}},  // through and out: land beyond is -1
+      {{0.2, 0.2, 0.4, 0.6}, {1, {0}, {std::sqrt(0.2)}}},      // inside one element
+      {{1.5, 0.5, 1.5, 2.0}, {2, {-1, 1}, {0.5, 1.5}}},        // a boundary face first: read as from outside
+      {{5, 5, 6, 6}, {-1, {}, {}}},                            // no face, no element
   };
   for (const auto& [c, want] : cases) EXPECT_EQ(line(m, c[0], c[1], c[2], c[3]), want) << c[0] << "," << c[1];
   // Through the centre node of a 2 x 2 grid: its four faces cross at one distance, in the
@@ -72,10 +73,19 @@ void oracleMesh(thMesh2D& m, bool jitter) {
 void oraclePoint(const thMesh2D& m, int32_t kind, double& x, double& y) {
   const double u = std::rand() / double(RAND_MAX), v = std::rand() / double(RAND_MAX);
   const int32_t n = std::rand() % m.non, f = std::rand() % m.nvf, a = m.vfn[2 * f], b = m.vfn[2 * f + 1];
-  if (kind == 0) { x = m.nxCoor[n]; y = m.nyCoor[n]; }
-  else if (kind == 1) { x = m.vfxCoor[f]; y = m.vfyCoor[f]; }
-  else if (kind == 2) { x = m.nxCoor[a] + u * (m.nxCoor[b] - m.nxCoor[a]); y = m.nyCoor[a] + u * (m.nyCoor[b] - m.nyCoor[a]); }
-  else { x = 499950.0 + 400.0 * u; y = 6699950.0 + 300.0 * v; }
+  if (kind == 0) {
+    x = m.nxCoor[n];
+    y = m.nyCoor[n];
+  } else if (kind == 1) {
+    x = m.vfxCoor[f];
+    y = m.vfyCoor[f];
+  } else if (kind == 2) {
+    x = m.nxCoor[a] + u * (m.nxCoor[b] - m.nxCoor[a]);
+    y = m.nyCoor[a] + u * (m.nyCoor[b] - m.nyCoor[a]);
+  } else {
+    x = 499950.0 + 400.0 * u;
+    y = 6699950.0 + 300.0 * v;
+  }
 }
 
 // The indexed searches must give the scans' answers bit for bit, on nodes and faces too.

@@ -28,15 +28,16 @@ TEST(SectionIntersections, StretchesJoinedOverThePolyline) {
       {{-1, 1.5}, {0.5, 0.5}, {-1, 0, 1}, {1, 2, 2.5}},              // from outside in
       {{0.5, 1.5, 2.5}, {0.5, 0.5, 0.5}, {0, 1, 2}, {0.5, 1.5, 2}},  // lines meet inside element 1
       {{0.5, 1.5, 1.5}, {0.5, 0.5, 0.9}, {0, 1}, {0.5, 1.4}},        // a bend inside element 1
-      {{-2, -1, 0.5}, {0.5, 0.5, 0.5}, {-1, 0}, {2, 2.5}},           // a line wholly outside: one stretch as long
-      {{0.5}, {0.5}, {}, {}},                                        // fewer than two points
+      {{-2, -1, 0.5}, {0.5, 0.5, 0.5}, {-1, 0}, {2, 2.5}},  // a line wholly outside: one stretch as long
+      {{0.5}, {0.5}, {}, {}},                               // fewer than two points
   };
   for (Case& c : cases) {
     int32_t* ise = nullptr;
     double* isd = nullptr;
     int32_t k = m.sectionIntersections(c.x.data(), c.y.data(), static_cast<int32_t>(c.x.size()), ise, isd);
     EXPECT_EQ(I(ise, ise + k), c.e) << "section from x = " << c.x[0];
-    for (int32_t i = 0; i < k && k == static_cast<int32_t>(c.d.size()); ++i) EXPECT_NEAR(isd[i], c.d[i], 1e-12);
+    for (int32_t i = 0; i < k && k == static_cast<int32_t>(c.d.size()); ++i)
+      EXPECT_NEAR(isd[i], c.d[i], 1e-12);
     delete[] ise;
     delete[] isd;
   }
@@ -83,8 +84,10 @@ TEST(PartMeshes, BoundaryStripAndSubMesh) {
   std::unique_ptr<thMesh2D> s(m.boundaryStripMesh(0));
   // 3 points along the boundary, 1 cell across, half the mean segment (50 m) wide, all closed
   ASSERT_TRUE(s->projection == "UTM33" && s->noe == 2);
-  EXPECT_EQ(std::multiset<double>(s->nxCoor, s->nxCoor + 6), (std::multiset<double>{-25, -25, -25, 25, 25, 25}));
-  EXPECT_EQ(std::multiset<double>(s->nyCoor, s->nyCoor + 6), (std::multiset<double>{0, 0, 100, 100, 200, 200}));
+  EXPECT_EQ(std::multiset<double>(s->nxCoor, s->nxCoor + 6),
+            (std::multiset<double>{-25, -25, -25, 25, 25, 25}));
+  EXPECT_EQ(std::multiset<double>(s->nyCoor, s->nyCoor + 6),
+            (std::multiset<double>{0, 0, 100, 100, 200, 200}));
   EXPECT_EQ(I(s->nt, s->nt + 6), I(6, 99));
   EXPECT_TRUE(thTest::near(thTest::arr(s->eArea, 2), {5000, 5000}, 1e-9));
   EXPECT_VEXCEPTION_HAS(m.boundaryStripMesh(2), "no open boundary of index 2");

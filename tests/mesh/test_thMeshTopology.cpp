@@ -123,7 +123,8 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
     const auto& els = edges.at(edge(a, b));
     EXPECT_EQ(uses[f], static_cast<int>(els.size()));
     int type = els.size() == 2 ? 0 : 99;
-    if (type == 99 && r.col[a] == r.col[b] && r.type[a] != 0 && (r.col[a] == 0 || r.col[a] == r.nx)) type = r.type[a];
+    if (type == 99 && r.col[a] == r.col[b] && r.type[a] != 0 && (r.col[a] == 0 || r.col[a] == r.nx))
+      type = r.type[a];
     EXPECT_EQ(m.vft[f], type);
     EXPECT_GE(m.vft[f], lastType);  // inner, then open by number, then closed
     lastType = m.vft[f];

@@ -16,7 +16,8 @@ using I = std::vector<int32_t>;
 
 // x, y, en (and nt) of the section mesh.
 void expectMesh(const thalmod::thModelInfo& mi, I ise, V isd, const double* ish, V x, V y, I en, I nt = {}) {
-  std::unique_ptr<thalmod::thMesh2D> m(mi.ise2VMesh(ise.data(), isd.data(), static_cast<int32_t>(ise.size()), ish));
+  std::unique_ptr<thalmod::thMesh2D> m(
+      mi.ise2VMesh(ise.data(), isd.data(), static_cast<int32_t>(ise.size()), ish));
   EXPECT_EQ(V(m->nxCoor, m->nxCoor + m->non), x);
   EXPECT_EQ(V(m->nyCoor, m->nyCoor + m->non), y);
   EXPECT_EQ(I(m->en, m->en + m->nevf), en);
@@ -39,7 +40,8 @@ TEST(Ise2VMesh, ZLayersAtASeaBedStepAndOutside) {
              {-17, -7, -2, 0.5, -17, -7, -2, 0.5, -7, -2, 0.3}, en01);
   // e2 (the top layer only), a stretch outside (no nodes of its own), e3
   expectMesh(mi, {2, -1, 3}, {50, 150, 250}, nullptr, {0, 0, 50, 50, 150, 150, 150, 150, 250, 250, 250, 250},
-             {-2, 0, -2, 0, -17, -7, -2, 0, -17, -7, -2, 0}, {0, 2, 3, 1, 4, 8, 9, 5, 5, 9, 10, 6, 6, 10, 11, 7});
+             {-2, 0, -2, 0, -17, -7, -2, 0, -17, -7, -2, 0},
+             {0, 2, 3, 1, 4, 8, 9, 5, 5, 9, 10, 6, 6, 10, 11, 7});
 }
 
 TEST(Ise2VMesh, SigmaLayersAndOtherKinds) {

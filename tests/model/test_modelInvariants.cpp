@@ -65,7 +65,8 @@ void checkModel(const thModelInfo& mi, const VI& wanted, bool negativeFrac) {
   for (int32_t i = 0; i < nCols; i++) {
     const int32_t bot = i == 0 ? 0 : mi.toplayerIdx[i - 1] + 1;
     ASSERT_EQ(VI({mi.botlayerIdx[i], mi.etli[i], mi.toplayerIdx[i]}),
-              (VI{bot, nol - 1, nol - 1 + bot - (i < noe ? wanted[i] : mi.ebli[i])})) << i;
+              (VI{bot, nol - 1, nol - 1 + bot - (i < noe ? wanted[i] : mi.ebli[i])}))
+        << i;
     if (i < noe) continue;
     ASSERT_EQ(mi.ebli[i], mi.ebli[m.bndElem[i - noe]]);  // the ghost copies the final bottom layer
     ghostCells += nol - mi.ebli[i];
@@ -98,7 +99,8 @@ void checkModel(const thModelInfo& mi, const VI& wanted, bool negativeFrac) {
     const int32_t fb = inner ? std::max(mi.ebli[e0], mi.ebli[e1]) : mi.ebli[e0];
     ASSERT_TRUE(inner || e1 == noe + f - m.nivf);
     ASSERT_EQ(VI({mi.fUIdx[f], mi.fbli[f], mi.ftli[f], mi.fLayerOff[2 * f], mi.fLayerOff[2 * f + 1]}),
-              (VI{u, fb, nol - 1, inner ? fb - mi.ebli[e0] : 0, inner ? fb - mi.ebli[e1] : 0})) << f;
+              (VI{u, fb, nol - 1, inner ? fb - mi.ebli[e0] : 0, inner ? fb - mi.ebli[e1] : 0}))
+        << f;
     for (int32_t k = 1; k < nol - mi.fbli[f]; k++) ASSERT_EQ(mi.fdz[f][k], mi.dz[mi.fbli[f] + k]);
     u += nol - mi.fbli[f];
     uInner += inner ? nol - mi.fbli[f] : 0;

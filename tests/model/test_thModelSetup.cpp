@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "model/thModelInfo.h"
-#include "testutil/thMeshFixtures.h"
 #include "support/VXml.h"
+#include "testutil/thMeshFixtures.h"
 #include "testutil/thTestUtil.h"
 
 using thalmod::thModelInfo;
@@ -25,7 +25,8 @@ std::string stripMeshFile(const thTest::TempDir& dir) {
 
 // The numbering and thicknesses of two models agree.
 void expectSameCells(const thModelInfo& a, const thModelInfo& b) {
-  ASSERT_EQ(VI({a.cells, a.totNoUPnts, a.totNoBndCells, a.mesh2d.noe}), VI({b.cells, b.totNoUPnts, b.totNoBndCells, b.mesh2d.noe}));
+  ASSERT_EQ(VI({a.cells, a.totNoUPnts, a.totNoBndCells, a.mesh2d.noe}),
+            VI({b.cells, b.totNoUPnts, b.totNoBndCells, b.mesh2d.noe}));
   const int32_t cols = a.mesh2d.noe + a.mesh2d.tnbe;
   EXPECT_EQ(VI(a.ebli, a.ebli + cols), VI(b.ebli, b.ebli + cols));
   EXPECT_EQ(VI(a.botlayerIdx, a.botlayerIdx + cols), VI(b.botlayerIdx, b.botlayerIdx + cols));
@@ -43,11 +44,16 @@ TEST(ModelSetup, BathymetryForms) {
   thTest::writeText(dir.file("four.txt"), "1\n2\n3\n4\n");
   thModelInfo mi;
   thTest::stripMesh(mi.mesh2d, true, false);
-  struct Case { std::string spec; VD depth; VI enol; };
+  struct Case {
+    std::string spec;
+    VD depth;
+    VI enol;
+  };
   // A leading blank makes an empty depth field (0) and the depth the layer count.
-  for (const Case& c : {Case{"12.5", {12.5, 12.5, 12.5}, {}}, Case{"1,2,3", {1, 2, 3}, {-1, -1, -1}},
-                        Case{"5;3,6;4, 7", {5, 6, 0}, {3, 4, 7}}, Case{dir.file("crlf.txt"), {4, 5, 6}, {-1, 2, 3}},
-                        Case{dir.file("bad.txt"), {0, 2, 3}, {-1, 0, -1}}}) {
+  for (const Case& c :
+       {Case{"12.5", {12.5, 12.5, 12.5}, {}}, Case{"1,2,3", {1, 2, 3}, {-1, -1, -1}},
+        Case{"5;3,6;4, 7", {5, 6, 0}, {3, 4, 7}}, Case{dir.file("crlf.txt"), {4, 5, 6}, {-1, 2, 3}},
+        Case{dir.file("bad.txt"), {0, 2, 3}, {-1, 0, -1}}}) {
     EXPECT_EQ(mi.setElemBathy(c.spec), 0);
     EXPECT_EQ(VD(mi.elemBathy, mi.elemBathy + 3), c.depth) << c.spec;
     EXPECT_EQ(mi.enol ? VI(mi.enol, mi.enol + 3) : VI{}, c.enol) << c.spec;
@@ -56,10 +62,12 @@ TEST(ModelSetup, BathymetryForms) {
   // Failures leave the model as it was.
   const double* kept = mi.elemBathy;
   EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("four.txt")), "Wrong number of values in bathymetry.");
-  EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("no.txt")), "thModelInfo::setElemBathy: No such file: '" + dir.file("no.txt") + "'");
+  EXPECT_VEXCEPTION(mi.setElemBathy(dir.file("no.txt")),
+                    "thModelInfo::setElemBathy: No such file: '" + dir.file("no.txt") + "'");
   EXPECT_TRUE(mi.elemBathy == kept && mi.elemBathy[0] == 0 && mi.bathymetry == dir.file("bad.txt"));
-  EXPECT_VEXCEPTION(thModelInfo().setElemBathy("3"),
-                    "thModelInfo::setElemBathy initialize mesh2d before calling this function. " + thGlobal::errTail);
+  EXPECT_VEXCEPTION(
+      thModelInfo().setElemBathy("3"),
+      "thModelInfo::setElemBathy initialize mesh2d before calling this function. " + thGlobal::errTail);
 }
 
 TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
@@ -90,14 +98,16 @@ TEST(ModelSetup, InitModelNumbersCellsAsArraysDo) {
   mi.dt = 1800;
   mi.nt = 5;
   const std::string block = mi.modelXml(0);
-  EXPECT_EQ(block, "<General>\n\t<Type>water</Type>\n\t<Mesh>\n\t\t<Filename>" + mesh +
-                       "</Filename>\n\t\t<Format>EMT</Format>\n\t\t<Projection>UTM32</Projection>\n\t</Mesh>\n"
-                       "\t<Bathymetry>8,3,1.05</Bathymetry>\n\t<LayerThickness>4,3,2,1</LayerThickness>\n"
-                       "\t<LayerType>zlayer</LayerType>\n\t<StartDT>2024-06-01 00:00:00</StartDT>\n\t<DT>1800</DT>\n"
-                       "\t<NoTimesteps>5</NoTimesteps>\n\t<CheckBlowUp>true</CheckBlowUp>\n</General>\n");
+  EXPECT_EQ(block,
+            "<General>\n\t<Type>water</Type>\n\t<Mesh>\n\t\t<Filename>" + mesh +
+                "</Filename>\n\t\t<Format>EMT</Format>\n\t\t<Projection>UTM32</Projection>\n\t</Mesh>\n"
+                "\t<Bathymetry>8,3,1.05</Bathymetry>\n\t<LayerThickness>4,3,2,1</LayerThickness>\n"
+                "\t<LayerType>zlayer</LayerType>\n\t<StartDT>2024-06-01 00:00:00</StartDT>\n\t<DT>1800</DT>\n"
+                "\t<NoTimesteps>5</NoTimesteps>\n\t<CheckBlowUp>true</CheckBlowUp>\n</General>\n");
   EXPECT_TRUE(VCppLib::xmlGetValue(mi.modelXml(7), "General/NoTimesteps") == "7" && mi.nt == 5);
   thModelInfo back;
-  back.initModel(VCppLib::xmlGetValue(block, "General/LayerThickness"), VCppLib::xmlGetValue(block, "Mesh/Filename"),
+  back.initModel(VCppLib::xmlGetValue(block, "General/LayerThickness"),
+                 VCppLib::xmlGetValue(block, "Mesh/Filename"),
                  VCppLib::xmlGetValue(block, "General/Bathymetry"), 0.0);
   back.setStartDT(VCppLib::xmlGetValue(block, "General/StartDT"));
   expectSameCells(back, mi);

@@ -20,7 +20,10 @@ void hourly(thModelInfo& mi, int32_t nt = 10) {
   mi.nt = nt;
 }
 
-struct Find { int64_t offset; int32_t mode, want; };  // offset: seconds after S
+struct Find {
+  int64_t offset;
+  int32_t mode, want;
+};  // offset: seconds after S
 
 void expectFind(const thModelInfo& mi, const std::vector<Find>& cases) {
   for (const Find& c : cases)
@@ -32,7 +35,8 @@ void expectFind(const thModelInfo& mi, const std::vector<Find>& cases) {
 TEST(TimeAxis, TimestepToDateTime) {
   thModelInfo mi;
   hourly(mi);
-  EXPECT_EQ(VL({mi.ts2DT(0), mi.ts2DT(3), mi.ts2DT(-2), mi.lastDT()}), (VL{S, S + 10800, S - 7200, S + 32400}));
+  EXPECT_EQ(VL({mi.ts2DT(0), mi.ts2DT(3), mi.ts2DT(-2), mi.lastDT()}),
+            (VL{S, S + 10800, S - 7200, S + 32400}));
   EXPECT_EQ(mi.ts2StrDT(1) + "|" + mi.ts2StrDT(24), "2000-03-01 01:00:00|2000-03-02 00:00:00");
   // Each step is cut to whole seconds, toward zero, from 0, so there is no drift.
   mi.startDT = 0;
@@ -59,15 +63,32 @@ TEST(TimeAxis, TimestepToDateTime) {
 TEST(TimeAxis, FindTimestep) {
   thModelInfo mi;
   hourly(mi);
-  expectFind(mi, {
-      // 1.5 steps: a tie goes up; floor, ceil; no exact step. Other positive modes are nearest,
-      // every negative one exact.
-      {5400, 0, 2}, {5400, 1, 1}, {5400, 2, 2}, {5400, -1, -1}, {7200, -1, 2}, {7200, -7, 2},
-      {9000, 3, 3}, {5399, 0, 1}, {3601, 2, 2}, {7199, 1, 1},
-      // Before the start floor doesn't apply (nearest gives 0, x = -0.5 as well); ceil does.
-      {-1, 1, 0}, {-1800, 0, 0}, {-5000, 2, 0}, {-3600, -1, -1}, {0, -1, 0}, {0, 1, 0},
-      // x = 10 exceeds nt-1, so ceil doesn't apply: nearest gives 10, clamped to 9.
-      {36000, 2, 9}, {32400, 2, 9}, {30000, 2, 9}, {1000000, 1, 9}, {32400, -1, 9}, {36000, -1, -1}});
+  expectFind(mi, {// 1.5 steps: a tie goes up; floor, ceil; no exact step. Other positive modes are nearest,
+                  // every negative one exact.
+                  {5400, 0, 2},
+                  {5400, 1, 1},
+                  {5400, 2, 2},
+                  {5400, -1, -1},
+                  {7200, -1, 2},
+                  {7200, -7, 2},
+                  {9000, 3, 3},
+                  {5399, 0, 1},
+                  {3601, 2, 2},
+                  {7199, 1, 1},
+                  // Before the start floor doesn't apply (nearest gives 0, x = -0.5 as well); ceil does.
+                  {-1, 1, 0},
+                  {-1800, 0, 0},
+                  {-5000, 2, 0},
+                  {-3600, -1, -1},
+                  {0, -1, 0},
+                  {0, 1, 0},
+                  // x = 10 exceeds nt-1, so ceil doesn't apply: nearest gives 10, clamped to 9.
+                  {36000, 2, 9},
+                  {32400, 2, 9},
+                  {30000, 2, 9},
+                  {1000000, 1, 9},
+                  {32400, -1, 9},
+                  {36000, -1, -1}});
   // Beyond 2^31 steps the truncation gives the most negative int32: clamped to 0, or -1 exact.
   mi.dt = 1.0;
   expectFind(mi, {{3000000000LL, 0, 0}, {2000000000LL, 0, 9}, {3000000000LL, -1, -1}});
@@ -84,7 +105,8 @@ TEST(TimeAxis, FindTimestep) {
   thModelInfo frac;
   frac.dt = 1.5;
   frac.nt = 10;
-  EXPECT_EQ(VL({frac.findTimestep(3, -1), frac.findTimestep(4, -1), frac.findTimestep(4, 0)}), (VL{2, -1, 3}));
+  EXPECT_EQ(VL({frac.findTimestep(3, -1), frac.findTimestep(4, -1), frac.findTimestep(4, 0)}),
+            (VL{2, -1, 3}));
 }
 
 TEST(TimeAxis, TextToDateTime) {

@@ -9,18 +9,18 @@
 namespace ncTest {
 
 // Values of the model-like file, element k of the whole variable in storage order.
-inline double f1v(int k) { return 1.5 + k; }          // float  f1(time)
-inline double d1v(int k) { return 0.1 * (k + 1); }    // double d1(time)
-inline int s1v(int k) { return -3 + k; }              // short  s1(time)
-inline int i1v(int k) { return 70000 + k; }           // int    i1(time)
-inline double f3v(int k) { return 0.5 * (k + 1); }    // float  f3(time, nol, cells)
-inline double d3v(int k) { return 0.25 * (k + 1); }   // double d3(time, nol, cells)
-inline int s3v(int k) { return 10 * (k + 1); }        // short  s3(time, nol, cells)
-inline int i3v(int k) { return 100 * (k + 1) + 1; }   // int    i3(time, nol, cells)
-inline double f4v(int k) { return -0.5 * (k + 1); }   // float  f4(time, layers, nol, cells)
-inline double d4v(int k) { return 1000.0 + k; }       // double d4(...)
-inline int s4v(int k) { return -(k + 1); }            // short  s4(...)
-inline int i4v(int k) { return 1000000 * (k + 1); }   // int    i4(...)
+inline double f1v(int k) { return 1.5 + k; }         // float  f1(time)
+inline double d1v(int k) { return 0.1 * (k + 1); }   // double d1(time)
+inline int s1v(int k) { return -3 + k; }             // short  s1(time)
+inline int i1v(int k) { return 70000 + k; }          // int    i1(time)
+inline double f3v(int k) { return 0.5 * (k + 1); }   // float  f3(time, nol, cells)
+inline double d3v(int k) { return 0.25 * (k + 1); }  // double d3(time, nol, cells)
+inline int s3v(int k) { return 10 * (k + 1); }       // short  s3(time, nol, cells)
+inline int i3v(int k) { return 100 * (k + 1) + 1; }  // int    i3(time, nol, cells)
+inline double f4v(int k) { return -0.5 * (k + 1); }  // float  f4(time, layers, nol, cells)
+inline double d4v(int k) { return 1000.0 + k; }      // double d4(...)
+inline int s4v(int k) { return -(k + 1); }           // short  s4(...)
+inline int i4v(int k) { return 1000000 * (k + 1); }  // int    i4(...)
 
 // Values f(from) .. f(from + n - 1) in the type T.
 template <typename T, typename F>
@@ -60,13 +60,27 @@ inline std::string modelCdl() {
          "  :u64 = 5ull ;\n  string :sa = \"hello\", \"world\" ;\n"
          "data:\n"
          "  time = 0, 3600 ;\n"
-         "  fixed3 = " + cdlList(12, [](int k) { return k; }) + " ;\n"
-         "  f1 = " + cdlList(2, f1v) + " ;\n  d1 = " + cdlList(2, d1v) + " ;\n"
-         "  s1 = " + cdlList(2, s1v) + " ;\n  i1 = " + cdlList(2, i1v) + " ;\n"
-         "  f3 = " + cdlList(12, f3v) + " ;\n  d3 = " + cdlList(12, d3v) + " ;\n"
-         "  s3 = " + cdlList(12, s3v) + " ;\n  i3 = " + cdlList(12, i3v) + " ;\n"
-         "  f4 = " + cdlList(24, f4v) + " ;\n  d4 = " + cdlList(24, d4v) + " ;\n"
-         "  s4 = " + cdlList(24, s4v) + " ;\n  i4 = " + cdlList(24, i4v) + " ;\n"
+         "  fixed3 = " +
+         cdlList(12, [](int k) { return k; }) +
+         " ;\n"
+         "  f1 = " +
+         cdlList(2, f1v) + " ;\n  d1 = " + cdlList(2, d1v) +
+         " ;\n"
+         "  s1 = " +
+         cdlList(2, s1v) + " ;\n  i1 = " + cdlList(2, i1v) +
+         " ;\n"
+         "  f3 = " +
+         cdlList(12, f3v) + " ;\n  d3 = " + cdlList(12, d3v) +
+         " ;\n"
+         "  s3 = " +
+         cdlList(12, s3v) + " ;\n  i3 = " + cdlList(12, i3v) +
+         " ;\n"
+         "  f4 = " +
+         cdlList(24, f4v) + " ;\n  d4 = " + cdlList(24, d4v) +
+         " ;\n"
+         "  s4 = " +
+         cdlList(24, s4v) + " ;\n  i4 = " + cdlList(24, i4v) +
+         " ;\n"
          "  b1 = -1, 0, 1, 2 ;\n  ub1 = 250, 251, 252, 253 ;\n  c1 = \"abcd\" ;\n"
          "  big = 1, 2, 3, 4000000000 ;\n  scal = 7.5 ;\n  name = \"a\", \"b\", \"c\", \"d\" ;\n"
          "  plain = 1, 2, 3, 4 ;\n"

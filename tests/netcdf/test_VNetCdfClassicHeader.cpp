@@ -45,8 +45,8 @@ struct ClassicFile {
     }
     be(0x0B), be(1), name(varName), be(static_cast<uint32_t>(varDims.size()));
     for (uint32_t d : varDims) be(d);
-    be(0), be(0), be(varType), be(4 * dimLen);  // no attributes; type and vsize
-    be(static_cast<uint32_t>(b.size() + 4));  // begin: the data follow the header
+    be(0), be(0), be(varType), be(4 * dimLen);                          // no attributes; type and vsize
+    be(static_cast<uint32_t>(b.size() + 4));                            // begin: the data follow the header
     for (uint32_t k = 0; k < dimLen; ++k) be(0x3FC00000u + (k << 21));  // 1.5, 1.75 as floats
     return b;
   }
@@ -79,11 +79,12 @@ TEST(VNetCdfClassicHeader, SoundHeadersOpen) {
   // files of the three classic kinds as ncgen writes them, and a NetCDF-4 file, pass the check
   for (const char* kind : {"classic", "64-bit-offset", "cdf5", "nc4"}) {
     std::string file = dir.file(std::string(kind) + ".nc");
-    thTest::ncgen("netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
-                  " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
-                  "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
-                  "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n",
-                  file, kind);
+    thTest::ncgen(
+        "netcdf k {\ndimensions:\n time = UNLIMITED ;\n x = 2 ;\nvariables:\n"
+        " double t(time) ;\n  t:units = \"hours since 1970-01-01\" ;\n short s(time, x) ;\n"
+        "  s:r = 1s, 2s ;\n char c(x) ;\n float f ;\n :g = \"global\" ;\n"
+        "data:\n t = 1, 2 ;\n s = 1, 2, 3, 4 ;\n c = \"ab\" ;\n f = 3 ;\n}\n",
+        file, kind);
     EXPECT_EQ(VCppLib::classicHeaderStatus(file), NC_NOERR) << kind;
     EXPECT_EQ(VNetCdf(file, false).nvars, 4) << kind;
   }
@@ -101,9 +102,9 @@ TEST(VNetCdfClassicHeader, DamagedHeadersAreRefused) {
   wide.varDims.assign(2000, 0);    // more dimensions for one variable than an id array holds
   badId.varDims = {5};
   badType.varType = NC_UINT;  // a CDF-5 type in a CDF-1 file
-  const std::pair<ClassicFile*, int> bad[] = {{&longDim, NC_EMAXNAME}, {&longVar, NC_EMAXNAME},
-      {&longAtt, NC_EMAXNAME}, {&manyDims, NC_ENOTNC}, {&wide, NC_EMAXDIMS}, {&badId, NC_EBADDIM},
-      {&badType, NC_EBADTYPE}};
+  const std::pair<ClassicFile*, int> bad[] = {
+      {&longDim, NC_EMAXNAME}, {&longVar, NC_EMAXNAME}, {&longAtt, NC_EMAXNAME}, {&manyDims, NC_ENOTNC},
+      {&wide, NC_EMAXDIMS},    {&badId, NC_EBADDIM},    {&badType, NC_EBADTYPE}};
   for (auto [f, code] : bad) {
     thTest::writeBytes(path, f->bytes());
     EXPECT_EQ(refusal(path), nc_strerror(code)) << code;
@@ -121,21 +122,21 @@ TEST(VNetCdfClassicHeader, ReadsBeyondThirtyTwoBitCountsAreRefused) {
   // would write the true count (fill values of a file without data).
   thTest::TempDir dir;
   std::string path = dir.file("huge.nc");
-  thTest::ncgen("netcdf h {\ndimensions:\n time = UNLIMITED ;\n huge = 3000000000 ;\n a = 70000 ;\n"
-                " two = 2 ;\nvariables:\n float h(huge) ;\n float r(time, a, a) ;\n float s(time, two) ;\n"
-                "data:\n s = 1, 2 ;\n}\n",
-                path);
+  thTest::ncgen(
+      "netcdf h {\ndimensions:\n time = UNLIMITED ;\n huge = 3000000000 ;\n a = 70000 ;\n"
+      " two = 2 ;\nvariables:\n float h(huge) ;\n float r(time, a, a) ;\n float s(time, two) ;\n"
+      "data:\n s = 1, 2 ;\n}\n",
+      path);
   VNetCdf nc(path, false);
   double small[4] = {0, 0, 0, 0};
   double* p = small;
-  EXPECT_VEXCEPTION(nc.getAllDataIntoGivenType<double>(0, p),
-                    "VNetCdf::getAllDataIntoGivenType: variable 'h' in '" + path +
-                        "' is too large to be read at once.");
+  EXPECT_VEXCEPTION(
+      nc.getAllDataIntoGivenType<double>(0, p),
+      "VNetCdf::getAllDataIntoGivenType: variable 'h' in '" + path + "' is too large to be read at once.");
   float f[4] = {0, 0, 0, 0};
   float* pf = f;
-  EXPECT_VEXCEPTION(nc.getTimestepData<float>(1, 0, pf),
-                    "VNetCdf::getTimestepData: variable 'r' in '" + path +
-                        "' is too large to be read at once.");
+  EXPECT_VEXCEPTION(nc.getTimestepData<float>(1, 0, pf), "VNetCdf::getTimestepData: variable 'r' in '" +
+                                                             path + "' is too large to be read at once.");
   nc.getTimestepData<float>(2, 0, pf);  // a record that fits is read as before
   EXPECT_EQ(f[1], 2.0f);
   EXPECT_EQ(f[2], 0.0f);

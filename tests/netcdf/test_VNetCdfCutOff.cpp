@@ -23,7 +23,7 @@ TEST(VNetCdfCutOff, CutClassicFilesAreRefused) {
     struct stat st;
     ASSERT_EQ(stat(path.c_str(), &st), 0);
     EXPECT_EQ(VNetCdf(path, false).nvars, 2) << kind;  // whole, it opens
-    for (size_t cut : {1, 12, 40}) {  // inside the last record, all records gone, inside v
+    for (size_t cut : {1, 12, 40}) {                   // inside the last record, all records gone, inside v
       thTest::truncateFile(path, static_cast<size_t>(st.st_size) - cut);
       EXPECT_VEXCEPTION(VNetCdf(path, false),
                         "The NetCDF file '" + path + "' is cut off: its header places data beyond its end.");
@@ -57,7 +57,7 @@ TEST(VNetCdfCutOff, DeclaredBeyondTheFileIsRefused) {
 
   VNetCdf nc(path, false);
   EXPECT_VEXCEPTION(nc.getGrid(0, 1, -1), "VNetCdf::getGrid: variable 'x' in '" + path +
-                    "' declares 67108864 values of 8 bytes, more than the file's " +
-                    std::to_string(st.st_size) + " bytes can hold.");
+                                              "' declares 67108864 values of 8 bytes, more than the file's " +
+                                              std::to_string(st.st_size) + " bytes can hold.");
   nc.checkVarFitsFile(1, "test");  // y: two values, written
 }

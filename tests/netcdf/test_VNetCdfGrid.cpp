@@ -33,7 +33,10 @@ const int64_t since2000 = 946684800LL;    // 10957 days
 
 TEST(VNetCdfTime, UnitsAndReferences) {
   using V = std::vector<int64_t>;
-  const struct { const char *type, *units, *values; V want; } cases[] = {
+  const struct {
+    const char *type, *units, *values;
+    V want;
+  } cases[] = {
       // the 1900 reference is a constant: the date-time arithmetic would give one day less
       {"double", "minutes since 1900-01-01 00:00:00", "60, 0", {since1900 + 3600, since1900}},
       {"int", "hours since 1970-01-01", "1, 24", {3600, 86400}},
@@ -47,7 +50,8 @@ TEST(VNetCdfTime, UnitsAndReferences) {
   std::vector<std::pair<std::string, std::string>> vars;
   for (const auto& c : cases) {
     std::string v = "t" + std::to_string(vars.size());
-    vars.push_back({c.type + (" " + v) + "(time) ; " + v + ":units = \"" + c.units + "\" ;", v + " = " + c.values + " ;"});
+    vars.push_back({c.type + (" " + v) + "(time) ; " + v + ":units = \"" + c.units + "\" ;",
+                    v + " = " + c.values + " ;"});
   }
   TimeFile f(vars);
   VNetCdf nc(f.path, false);
@@ -71,10 +75,8 @@ TEST(VNetCdfTime, RefusedUnits) {
   EXPECT_VEXCEPTION(nc.getTimeVarValues(0, ""), "Unsupported time unit in " + f.path);
   EXPECT_VEXCEPTION(nc.getTimeVarValues(0, "hours SINCE 1970-01-01"),
                     "Could not parse time unit in netcdf file.");
-  EXPECT_VEXCEPTION(nc.getTimeVarValues(1, ""),
-                    "'grid' variable has more than one dimension in " + f.path);
-  EXPECT_VEXCEPTION(nc.getTimeVarValues(2, ""),
-                    "Could not find 'units' attribute of time var in " + f.path);
+  EXPECT_VEXCEPTION(nc.getTimeVarValues(1, ""), "'grid' variable has more than one dimension in " + f.path);
+  EXPECT_VEXCEPTION(nc.getTimeVarValues(2, ""), "Could not find 'units' attribute of time var in " + f.path);
   EXPECT_VEXCEPTION(nc.getTimeVarValues(2, "hours since 19x0-01-01 00:00:00"),
                     "Invalid date: 19x0-01-01 00:00:00");
   EXPECT_VEXCEPTION_HAS(nc.getTimeVarValues(3, ""), "of time variable 'tnan'");
@@ -104,23 +106,26 @@ TEST(VNetCdfTime, NoTimeVariable) {
 TEST(VNetCdfGrid, BathymetryRasterAndBandGrid) {
   thTest::TempDir dir;
   std::string path = dir.file("bathy.nc");
-  thTest::ncgen("netcdf b {\ndimensions:\n lon = 4 ;\n lat = 3 ;\n depth = 2 ;\n one = 1 ;\n"
-                "variables:\n double lon(lon) ;\n float lat(lat) ;\n float elevation(lat, lon) ;\n"
-                " double depth(depth) ;\n int single(one) ;\n"
-                "data:\n lon = 10, 10.5, 11, 11.5 ;\n lat = 50, 49.5, 49 ;\n"
-                " elevation = 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 ;\n depth = -5, -10 ;\n"
-                " single = 3 ;\n}\n", path);
+  thTest::ncgen(
+      "netcdf b {\ndimensions:\n lon = 4 ;\n lat = 3 ;\n depth = 2 ;\n one = 1 ;\n"
+      "variables:\n double lon(lon) ;\n float lat(lat) ;\n float elevation(lat, lon) ;\n"
+      " double depth(depth) ;\n int single(one) ;\n"
+      "data:\n lon = 10, 10.5, 11, 11.5 ;\n lat = 50, 49.5, 49 ;\n"
+      " elevation = 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 ;\n depth = -5, -10 ;\n"
+      " single = 3 ;\n}\n",
+      path);
   VNetCdf nc(path, false);
   EXPECT_FALSE(nc.isBandGrid());
   VCppLib::VCartGrid g = nc.getGrid(0, 1, -1);
   EXPECT_EQ(std::vector<int32_t>({g.nx, g.ny, g.nz}), (std::vector<int32_t>{4, 3, 1}));
-  EXPECT_EQ(std::vector<double>({g.x0, g.dx, g.y0, g.dy}), (std::vector<double>{10, 0.5, 50, -0.5}));  // descending
+  EXPECT_EQ(std::vector<double>({g.x0, g.dx, g.y0, g.dy}),
+            (std::vector<double>{10, 0.5, 50, -0.5}));  // descending
   EXPECT_TRUE(g.data == nullptr && g.z == nullptr && g.name.empty());
   // as the bathymetry painter reads it: the caller allocates and fills the data
   std::unique_ptr<double[]> data(new double[g.nx * g.ny]);
   g.data = data.get();
   nc.getAllDataIntoGivenType<double>(2, g.data);
-  EXPECT_EQ(g.data[2 * 4 + 3], 12.0);  // row 2, column 3
+  EXPECT_EQ(g.data[2 * 4 + 3], 12.0);                                     // row 2, column 3
   VCppLib::VCartGrid gz = nc.getGrid(0, 1, 3), g1 = nc.getGrid(0, 1, 4);  // the second: one value
   std::unique_ptr<double[]> z(gz.z), z1(g1.z);
   EXPECT_EQ(std::vector<double>({double(gz.nz), gz.z[0], gz.z[1], double(g1.nz), g1.z[0]}),
@@ -128,14 +133,15 @@ TEST(VNetCdfGrid, BathymetryRasterAndBandGrid) {
 
   EXPECT_VEXCEPTION(nc.getGrid(2, 1, -1), "Invalid number of dimenstions for given x or y variable");
   EXPECT_VEXCEPTION(nc.getGrid(0, 1, 2), "Invalid number of dimenstions for given z variable");
-  EXPECT_VEXCEPTION(nc.getGrid(0, 4, -1),
-                    "VNetCdf::getGrid: coordinate variable 'single' in '" + path +
-                        "' has fewer than two points.");
+  EXPECT_VEXCEPTION(nc.getGrid(0, 4, -1), "VNetCdf::getGrid: coordinate variable 'single' in '" + path +
+                                              "' has fewer than two points.");
   EXPECT_VEXCEPTION_HAS(nc.getGrid(0, 9, -1), "variable id 9 is out of range");
 
   std::string band = dir.file("band.nc"), partial = dir.file("partial.nc");
-  thTest::ncgen("netcdf g {\ndimensions:\n x = 2 ;\n y = 2 ;\nvariables:\n char transverse_mercator ;\n"
-                " double x(x) ;\n double y(y) ;\n float Band1(y, x) ;\n}\n", band);
+  thTest::ncgen(
+      "netcdf g {\ndimensions:\n x = 2 ;\n y = 2 ;\nvariables:\n char transverse_mercator ;\n"
+      " double x(x) ;\n double y(y) ;\n float Band1(y, x) ;\n}\n",
+      band);
   thTest::ncgen("netcdf g {\ndimensions:\n x = 2 ;\n y = 2 ;\nvariables:\n float Band1(y, x) ;\n}\n",
                 partial);
   EXPECT_TRUE(VNetCdf(band, false).isBandGrid());

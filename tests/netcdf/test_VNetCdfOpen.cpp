@@ -35,15 +35,16 @@ TEST(VNetCdfOpen, TablesLookupsAndMoves) {
   EXPECT_EQ(nc.varDimIds[13], (std::vector<int32_t>{0, 1, 2, 3}));
   EXPECT_TRUE(nc.varDimIds[18].empty() && nc.varNdims[18] == 0);
   // fixed3 comes first but does not start on the record dimension; names are byte-exact
-  EXPECT_EQ(std::vector<int32_t>({nc.layerLen3D, nc.layerLen4D, nc.getDimId("cells"), nc.getDimId("Time"),
-                                  nc.getDimLen("x"), nc.getDimLen("nope"), nc.getVarId("i4"),
-                                  nc.getVarId("I4")}),
-            (std::vector<int32_t>{2 * 3, 2 * 2 * 3, 3, -1, 4, -1, 13, -1}));
+  EXPECT_EQ(
+      std::vector<int32_t>({nc.layerLen3D, nc.layerLen4D, nc.getDimId("cells"), nc.getDimId("Time"),
+                            nc.getDimLen("x"), nc.getDimLen("nope"), nc.getVarId("i4"), nc.getVarId("I4")}),
+      (std::vector<int32_t>{2 * 3, 2 * 2 * 3, 3, -1, 4, -1, 13, -1}));
   EXPECT_EQ(nc.getVarIds({"d3", "nope", "time"}, false), (std::vector<int32_t>{7, -1, 0}));
   EXPECT_VEXCEPTION(nc.getVarIds({"d3", "nope"}, true),
                     "VNetCdf:: variable 'nope' not found in '" + f.path + "')");
-  EXPECT_EQ(std::vector<int32_t>({nc.findRecordVar(""), nc.findRecordVar("units"), nc.findRecordVar("long_name"),
-                                  nc.findRecordVar("no_such_att")}), (std::vector<int32_t>{0, 0, 2, -1}));
+  EXPECT_EQ(std::vector<int32_t>({nc.findRecordVar(""), nc.findRecordVar("units"),
+                                  nc.findRecordVar("long_name"), nc.findRecordVar("no_such_att")}),
+            (std::vector<int32_t>{0, 0, 2, -1}));
   // Copies are refused; a move hands the handle over, and closing is idempotent.
   static_assert(!std::is_copy_constructible_v<VNetCdf> && !std::is_copy_assignable_v<VNetCdf>);
   int id = nc.ncid;
@@ -61,8 +62,10 @@ TEST(VNetCdfOpen, TablesLookupsAndMoves) {
 
   // Without a record dimension there are no layer lengths; a length beyond 32 bits is narrowed.
   std::string path = f.dir.file("fixed.nc");
-  thTest::ncgen("netcdf f {\ndimensions:\n a = 2 ;\n b = 3 ;\n huge = 3000000000 ;\n"
-                "variables:\n float v(a, b, a) ;\n float w(a, a, b, b) ;\n}\n", path);
+  thTest::ncgen(
+      "netcdf f {\ndimensions:\n a = 2 ;\n b = 3 ;\n huge = 3000000000 ;\n"
+      "variables:\n float v(a, b, a) ;\n float w(a, a, b, b) ;\n}\n",
+      path);
   VNetCdf fixed(path, false);
   EXPECT_EQ(std::vector<int32_t>({fixed.unlimdimid, fixed.layerLen3D, fixed.layerLen4D}),
             (std::vector<int32_t>{-1, -1, -1}));
@@ -125,7 +128,8 @@ TEST(VNetCdfOpen, AttributesAndTheirStatus) {
   EXPECT_EQ(nc.status, NC_ENOTATT);
 
   // a byte reads unsigned
-  for (auto [name, v] : {std::pair{"dval", 1.25}, {"multi", 1.0}, {"nlayers", 2.0}, {"sval", -7.0}, {"bval", 255.0}})
+  for (auto [name, v] :
+       {std::pair{"dval", 1.25}, {"multi", 1.0}, {"nlayers", 2.0}, {"sval", -7.0}, {"bval", 255.0}})
     EXPECT_DOUBLE_EQ(nc.getAttAsDouble(name, NC_GLOBAL), v) << name;
   EXPECT_VEXCEPTION(nc.getAttAsDouble("u64", NC_GLOBAL), "Unsupported nc type: 11");
   EXPECT_VEXCEPTION(nc.getAttRaw("nope", NC_GLOBAL), nc_strerror(NC_ENOTATT));
@@ -161,9 +165,10 @@ TEST(VNetCdfOpen, WholeVariableReadsInTheStoredType) {
   EXPECT_VEXCEPTION_HAS(nc.getVarRaw(-1), "out of range");
   EXPECT_VEXCEPTION_HAS(nc.getVarLen(99, false), "variable id 99 is out of range");
   EXPECT_EQ(std::vector<int32_t>({nc.getVarLen(7, false), nc.getVarLen(7, true), nc.getVarLen(18, false),
-                                  nc.getVarLen(0, true)}), (std::vector<int32_t>{12, 6, 1, 1}));
-  const std::pair<int, int32_t> sizes[] = {{NC_BYTE, 1}, {NC_USHORT, 2}, {NC_UINT, 4}, {NC_UINT64, 8},
-                                           {NC_STRING, 0}, {99, 0}};
+                                  nc.getVarLen(0, true)}),
+            (std::vector<int32_t>{12, 6, 1, 1}));
+  const std::pair<int, int32_t> sizes[] = {{NC_BYTE, 1},   {NC_USHORT, 2}, {NC_UINT, 4},
+                                           {NC_UINT64, 8}, {NC_STRING, 0}, {99, 0}};
   for (auto [type, size] : sizes) EXPECT_EQ(VNetCdf::ncTypeSize(type), size) << type;
   EXPECT_EQ(nc.getTypeSize(NC_DOUBLE) + nc.getTypeSize(NC_SHORT), 10);
 }

@@ -39,9 +39,9 @@ std::vector<T> readAll(VNetCdf& nc, int32_t varid, int n) {
 TEST(VNetCdfRead, TypeTable) {
   const std::pair<int, const std::type_info*> types[] = {
       {NC_BYTE, &typeid(unsigned char)}, {NC_UBYTE, &typeid(unsigned char)}, {NC_CHAR, &typeid(char)},
-      {NC_SHORT, &typeid(int16_t)}, {NC_INT, &typeid(int32_t)}, {NC_FLOAT, &typeid(float)},
-      {NC_DOUBLE, &typeid(double)}, {NC_USHORT, &typeid(uint16_t)}, {NC_UINT, &typeid(uint32_t)},
-      {NC_INT64, &typeid(int64_t)}, {NC_UINT64, &typeid(uint64_t)}, {NC_STRING, &typeid(char*)}};
+      {NC_SHORT, &typeid(int16_t)},      {NC_INT, &typeid(int32_t)},         {NC_FLOAT, &typeid(float)},
+      {NC_DOUBLE, &typeid(double)},      {NC_USHORT, &typeid(uint16_t)},     {NC_UINT, &typeid(uint32_t)},
+      {NC_INT64, &typeid(int64_t)},      {NC_UINT64, &typeid(uint64_t)},     {NC_STRING, &typeid(char*)}};
   for (auto [code, type] : types) EXPECT_EQ(VNetCdf::NCType2cppType(code), *type) << code;
   EXPECT_VEXCEPTION(VNetCdf::NCType2cppType(0), "Unsupported type.");
   EXPECT_VEXCEPTION(VNetCdf::NCType2cppType(13), "Unsupported type.");
@@ -105,7 +105,7 @@ TEST(VNetCdfRead, HyperslabsAndRecordsInTheStoredType) {
 TEST(VNetCdfRead, IntoAGivenType) {
   ncTest::ModelFile f;
   VNetCdf nc(f.path, false);
-  EXPECT_EQ(readAll<double>(nc, 6, 12), ncTest::values<double>(12, ncTest::f3v));  // float, exact
+  EXPECT_EQ(readAll<double>(nc, 6, 12), ncTest::values<double>(12, ncTest::f3v));   // float, exact
   EXPECT_EQ(readAll<double>(nc, 12, 24), ncTest::values<double>(24, ncTest::s4v));  // short
   // int, int64, double rounded once to float
   EXPECT_TRUE(readAll<double>(nc, 13, 24)[23] == 24000000.0 && readAll<double>(nc, 17, 4)[3] == 4e9);
@@ -182,11 +182,12 @@ TEST(VNetCdfRead, IntegersFromValuesTheyCannotHoldSaturate) {
   // converted with undefined behaviour: they saturate, NaN going to the lowest value.
   thTest::TempDir dir;
   std::string path = dir.file("wide.nc");
-  thTest::ncgen("netcdf w {\ndimensions:\n x = 5 ;\nvariables:\n float f(x) ;\n"
-                " int i(x) ;\n  i:scale_factor = 1.e6 ;\n double d(x) ;\n"
-                "data:\n f = 1e30, NaN, -1e30, 2.5, 9.96921e+36 ;\n"
-                " i = 100000, -100000, 3, -3, 0 ;\n d = 1e300, -1e300, -2.5, 2147483647, 2147483648 ;\n}\n",
-                path);
+  thTest::ncgen(
+      "netcdf w {\ndimensions:\n x = 5 ;\nvariables:\n float f(x) ;\n"
+      " int i(x) ;\n  i:scale_factor = 1.e6 ;\n double d(x) ;\n"
+      "data:\n f = 1e30, NaN, -1e30, 2.5, 9.96921e+36 ;\n"
+      " i = 100000, -100000, 3, -3, 0 ;\n d = 1e300, -1e300, -2.5, 2147483647, 2147483648 ;\n}\n",
+      path);
   VNetCdf nc(path, false);
   const int32_t lo = INT32_MIN, hi = INT32_MAX;
   using V = std::vector<int32_t>;
@@ -194,7 +195,8 @@ TEST(VNetCdfRead, IntegersFromValuesTheyCannotHoldSaturate) {
   EXPECT_EQ(readAll<int32_t>(nc, 2, 5), (V{hi, lo, -2, hi, hi}));
   EXPECT_EQ(readAll<int16_t>(nc, 2, 5), (std::vector<int16_t>{32767, -32768, -2, 32767, 32767}));
   std::vector<int64_t> l = readAll<int64_t>(nc, 0, 5);
-  EXPECT_EQ(std::vector<int64_t>(l.begin(), l.begin() + 4), (std::vector<int64_t>{INT64_MAX, INT64_MIN, INT64_MIN, 2}));
+  EXPECT_EQ(std::vector<int64_t>(l.begin(), l.begin() + 4),
+            (std::vector<int64_t>{INT64_MAX, INT64_MIN, INT64_MIN, 2}));
   // in place, scaled: 1e6 x 100000 = 1e11 lies beyond the int range
   nc.setScaleOffsetAtts("scale_factor", "", "");
   EXPECT_EQ(readAll<int32_t>(nc, 1, 5), (V{hi, lo, 3000000, -3000000, 0}));

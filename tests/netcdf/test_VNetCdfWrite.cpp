@@ -13,7 +13,8 @@ using VCppLib::VNetCdf;
 namespace {
 
 // Checks that every fragment stands in ncdump's text of the file.
-void expectInDump(const std::string& path, const std::string& options, const std::vector<std::string>& parts) {
+void expectInDump(const std::string& path, const std::string& options,
+                  const std::vector<std::string>& parts) {
   std::string dump = thTest::ncdump(path, options);
   for (const auto& part : parts) EXPECT_NE(dump.find(part), std::string::npos) << part << "\n" << dump;
 }
@@ -59,11 +60,11 @@ TEST(VNetCdfWrite, ResultLikeFileRoundTrip) {
     }
     EXPECT_VEXCEPTION(nc.putTimestepData(depth, 0, dv), "putTimestepData: first dim must be unlimited.");
   }
-  expectInDump(path, "-s", {"time = UNLIMITED ; // (2 currently)", "int64 time(time) ;",
-                            "float temp(time, cells) ;", "temp:_DeflateLevel = 2 ;",
-                            "temp:_Shuffle = \"true\" ;", "depth:_DeflateLevel = 2 ;", "time = 3600, 7200 ;",
-                            "temp =\n  0.5, 1.5, 2.5,\n  1.5, 2.5, 3.5 ;", "depth = 1.5, 2.5, 4 ;",
-                            "kind = -1, 0, 7 ;", "ids = 10, 20, 30 ;"});
+  expectInDump(path, "-s",
+               {"time = UNLIMITED ; // (2 currently)", "int64 time(time) ;", "float temp(time, cells) ;",
+                "temp:_DeflateLevel = 2 ;", "temp:_Shuffle = \"true\" ;", "depth:_DeflateLevel = 2 ;",
+                "time = 3600, 7200 ;", "temp =\n  0.5, 1.5, 2.5,\n  1.5, 2.5, 3.5 ;", "depth = 1.5, 2.5, 4 ;",
+                "kind = -1, 0, 7 ;", "ids = 10, 20, 30 ;"});
   VNetCdf nc(path, false);
   EXPECT_EQ(nc.getTimeVarValues(-1, ""), (std::vector<int64_t>{3600, 7200}));
   // a reopened file has records: it is not written through this class
@@ -135,13 +136,13 @@ TEST(VNetCdfWrite, CopyDimensionsVariablesAndAttributes) {
     EXPECT_EQ(VNetCdf::copyAttByName(dst.ncid, NC_GLOBAL, "empty", dst.ncid, 1), 0);
   }
   // Records are not copied; attributes of every type are.
-  expectInDump(dstPath, "", {"time = UNLIMITED ; // (0 currently)", ":title = \"source\" ;",
-                             "x:long_name = \"position\" ;", "temp:_FillValue = -1.f ;",
-                             "temp:valid = 0.f, 40.f ;", "s:b = -1b ;", "s:ub = 200UB ;", "s:us = 60000US ;",
-                             "s:ui = 4000000000U ;", "s:i64 = -5000000000LL ;",
-                             "s:u64 = 18000000000000000000ULL ;", "s:sh = -3s ;",
-                             "string s:names = \"one\", \"two\" ;", "x = 0.5, 1.5, 2.5 ;", "s = 1, 2, 3 ;",
-                             "n = 1, 2, 3000000000 ;"});
+  expectInDump(
+      dstPath, "",
+      {"time = UNLIMITED ; // (0 currently)", ":title = \"source\" ;", "x:long_name = \"position\" ;",
+       "temp:_FillValue = -1.f ;", "temp:valid = 0.f, 40.f ;", "s:b = -1b ;", "s:ub = 200UB ;",
+       "s:us = 60000US ;", "s:ui = 4000000000U ;", "s:i64 = -5000000000LL ;",
+       "s:u64 = 18000000000000000000ULL ;", "s:sh = -3s ;", "string s:names = \"one\", \"two\" ;",
+       "x = 0.5, 1.5, 2.5 ;", "s = 1, 2, 3 ;", "n = 1, 2, 3000000000 ;"});
   VNetCdf back(dstPath, false);
   nc_type type = NC_NAT;
   size_t len = 99;

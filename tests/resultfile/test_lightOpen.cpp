@@ -70,12 +70,12 @@ void expectSameModel(const thModelInfo& a, const thModelInfo& b) {
   };
   for (auto f : {&M::edz, &M::edzOld}) expectSameRows(a.*f, b.*f, m.noe, elemLen, "edz");
   expectSameRows(a.edzc, b.edzc, m.noe, centres(elemLen), "edzc");
-  for (auto f : {&M::fbli, &M::ftli, &M::fUIdx})
-    EXPECT_EQ(arr(a.*f, a.totNoUvf), arr(b.*f, a.totNoUvf));
+  for (auto f : {&M::fbli, &M::ftli, &M::fUIdx}) EXPECT_EQ(arr(a.*f, a.totNoUvf), arr(b.*f, a.totNoUvf));
   EXPECT_EQ(arr(a.fLayerOff, 2 * a.totNoUvf), arr(b.fLayerOff, 2 * a.totNoUvf));
   for (auto f : {&M::fdz, &M::fdzOld}) expectSameRows(a.*f, b.*f, a.totNoUvf, faceLen, "fdz");
   expectSameRows(a.fdzc, b.fdzc, a.totNoUvf, centres(faceLen), "fdzc");
-  expectSameRows(a.evfbli, b.evfbli, m.noe, [&m](int32_t e) { return m.nivfpe[e] + m.nbvfpe[e]; }, "evfbli");
+  expectSameRows(
+      a.evfbli, b.evfbli, m.noe, [&m](int32_t e) { return m.nivfpe[e] + m.nbvfpe[e]; }, "evfbli");
   for (auto f : {&M::cell2elem, &M::cell2layer, &M::cellTop, &M::cellGroup, &M::cellSeq})
     EXPECT_EQ(arr(a.*f, all), arr(b.*f, all));
   EXPECT_EQ(arr(a.cellVol, a.cells), arr(b.cellVol, b.cells));

@@ -11,11 +11,20 @@
 using namespace thalmod;
 
 TEST(ResultFile, FormatTexts) {
-  struct Row { const char* given; fileFmtEnum f; int value; const char* text; };
-  const Row rows[] = {{"emt", EMT, 0, "EMT"},          {"Emb", EMB, 1, "EMB"},
-                      {"text0D", TEXT0D, 2, "TEXT0D"}, {"TEXT1d", TEXT1D, 3, "TEXT1D"},
-                      {"emf", EMF, 4, "EMF"},          {"nc", NC, 10, "NC"},
-                      {"Restart", RESTART, 100, "RESTART"}, {"decoupled", DECOUPLED, 101, "DECOUPLED"},
+  struct Row {
+    const char* given;
+    fileFmtEnum f;
+    int value;
+    const char* text;
+  };
+  const Row rows[] = {{"emt", EMT, 0, "EMT"},
+                      {"Emb", EMB, 1, "EMB"},
+                      {"text0D", TEXT0D, 2, "TEXT0D"},
+                      {"TEXT1d", TEXT1D, 3, "TEXT1D"},
+                      {"emf", EMF, 4, "EMF"},
+                      {"nc", NC, 10, "NC"},
+                      {"Restart", RESTART, 100, "RESTART"},
+                      {"decoupled", DECOUPLED, 101, "DECOUPLED"},
                       {"MESH", MESH, 1000, "MESH"}};
   for (const Row& r : rows) {
     EXPECT_EQ(str2fileFmtEnum(r.given), r.f) << r.given;
@@ -24,12 +33,14 @@ TEST(ResultFile, FormatTexts) {
   }
   EXPECT_VEXCEPTION(str2fileFmtEnum("txt"), "str2fileFmtEnum: invalid format definition (TXT).");
   for (int bad : {-1, 5})
-    EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(bad)), "fileFmtEnum2str: unsupported fileFmtEnum");
+    EXPECT_VEXCEPTION(fileFmtEnum2str(static_cast<fileFmtEnum>(bad)),
+                      "fileFmtEnum2str: unsupported fileFmtEnum");
 }
 
 TEST(ResultFile, FormatFromFileAndHeaderDispatch) {
   thTest::TempDir dir;
-  for (std::string n : {"a.NC", "a.nc", "a.emf", "a.emt", "a.txt", "noext"}) thTest::writeText(dir.file(n), "x");
+  for (std::string n : {"a.NC", "a.nc", "a.emf", "a.emt", "a.txt", "noext"})
+    thTest::writeText(dir.file(n), "x");
   thResultFile rf("", -1);
   EXPECT_EQ(rf.format, -1);
   EXPECT_EQ(rf.versionCutoffDT, 1338508800);  // 2012-06-01 00:00:00
@@ -69,20 +80,29 @@ TEST(ResultFile, ReadMessagesByFormat) {
     EXPECT_VEXCEPTION(call(), msg);
   };
   const std::string rid = "thResultFile::readItemData ", undef = rid + "undefined format.";
-  fails(EMT, [&] { s.readItemData(0, 0, f); }, rid + "Not implemented for EMT files.");
-  fails(TEXT0D, [&] { s.readItemData(0, 0, db); }, rid + "Data cannot be read by timestep for TEXT0D files.");
-  fails(TEXT1D, [&] { s.readItemData(0, 0, f); }, undef);
-  fails(EMT, [&] { s.readLayer(0, 0, 0, &fp); }, "thResultFile::readLayer Not implemented for TEXT1 files.");
-  fails(DECOUPLED, [&] { s.readProfile(0, 0, 0, f); }, "thResultFile::readProfile undefined format.");
-  fails(EMB, [&] { s.readNextTimestep(&rows, &lines); },
-        "thResultFile::readNextTimestep Not implemented for EMB files.");
+  fails(
+      EMT, [&] { s.readItemData(0, 0, f); }, rid + "Not implemented for EMT files.");
+  fails(
+      TEXT0D, [&] { s.readItemData(0, 0, db); }, rid + "Data cannot be read by timestep for TEXT0D files.");
+  fails(
+      TEXT1D, [&] { s.readItemData(0, 0, f); }, undef);
+  fails(
+      EMT, [&] { s.readLayer(0, 0, 0, &fp); }, "thResultFile::readLayer Not implemented for TEXT1 files.");
+  fails(
+      DECOUPLED, [&] { s.readProfile(0, 0, 0, f); }, "thResultFile::readProfile undefined format.");
+  fails(
+      EMB, [&] { s.readNextTimestep(&rows, &lines); },
+      "thResultFile::readNextTimestep Not implemented for EMB files.");
   s.freeTimestepData(rows);  // nothing to free outside the text tables
-  fails(EMT, [&] { s.readTimeSeriesProfile(0, 0, &d, 0, 3); },
-        "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
-  fails(NC, [&] { s.readTimeSeriesUET(0, nullptr, nullptr, 0, 0, -1, 0, 0); },
-        "thResultFile::readTimeSeries unsuppored format.");
+  fails(
+      EMT, [&] { s.readTimeSeriesProfile(0, 0, &d, 0, 3); },
+      "thResultFile::readTimeSeriesProfile Not implemented for TEXT1 files.");
+  fails(
+      NC, [&] { s.readTimeSeriesUET(0, nullptr, nullptr, 0, 0, -1, 0, 0); },
+      "thResultFile::readTimeSeries unsuppored format.");
   // RESTART is not among the formats of sequential reading; the flags have moved already
-  fails(RESTART, [&] { s.readNextItemData(0, &dp); }, undef);
+  fails(
+      RESTART, [&] { s.readNextItemData(0, &dp); }, undef);
   EXPECT_EQ(s.itemRead[0], 1);
 }
 
@@ -96,10 +116,17 @@ TEST(ResultFile, MeshFiles) {
 }
 
 TEST(ResultFile, PhysicalFileNames) {
-  struct Row { const char* name; int fileNo; const char* expect; };
-  const Row rows[] = {{"dir/run.emb", 0, "dir/run.emb"}, {"dir/run.emb", 1, "dir/run^1.emb"},
-                      {"dir/run.emb", 12, "dir/run^12.emb"}, {"a.b.nc", 12, "a.b^12.nc"},
-                      {"run", 3, "run"}, {".nc", 3, ".nc"}};  // no "." at all, or only the first
+  struct Row {
+    const char* name;
+    int fileNo;
+    const char* expect;
+  };
+  const Row rows[] = {{"dir/run.emb", 0, "dir/run.emb"},
+                      {"dir/run.emb", 1, "dir/run^1.emb"},
+                      {"dir/run.emb", 12, "dir/run^12.emb"},
+                      {"a.b.nc", 12, "a.b^12.nc"},
+                      {"run", 3, "run"},
+                      {".nc", 3, ".nc"}};  // no "." at all, or only the first
   thResultFile rf("", -1);
   for (const Row& r : rows) {
     rf.filename = r.name;
@@ -126,12 +153,17 @@ TEST(ResultFile, ItemsStaticItemsAndReport) {
   rf.addStaticItem("b", in, 2);     // the number forms go to the front
   rf.addStaticItem("c", ch, 5, 1);  // the char form at its position
   rf.addStaticItem("d", ch, 2, 9);  // or at the end
-  struct Si { const char* name; const char* type; int bytes; };
+  struct Si {
+    const char* name;
+    const char* type;
+    int bytes;
+  };
   const Si expect[] = {{"b", "int", 8}, {"c", "char", 5}, {"a", "float", 12}, {"d", "char", 2}};
   ASSERT_EQ(rf.staticItems.size(), 4u);
   for (int i = 0; i < 4; ++i)
     EXPECT_TRUE(rf.staticItems[i].name == expect[i].name && rf.staticItems[i].typeName == expect[i].type &&
-                rf.staticItems[i].noBytes == expect[i].bytes) << i;
+                rf.staticItems[i].noBytes == expect[i].bytes)
+        << i;
   EXPECT_EQ(rf.staticItems[2].data, reinterpret_cast<uint8_t*>(fl));  // kept by reference
   rf.addStaticItem("a", fl, 0);  // replaces the old "a"; no values, no data
   ASSERT_EQ(rf.staticItems.size(), 4u);

@@ -73,12 +73,13 @@ TEST(ResultFileData, WholeItemsAndElementLists) {
   // a timestep beyond the file is no failure: the library's status, the buffer untouched
   float buf[9] = {7};
   double dbuf[9] = {7};
-  EXPECT_EQ(std::vector<int>({rf.readItemData(0, 3, buf), rf.readItemData(0, -1, buf),
-                              rf.readItemData(1, 3, dbuf)}), std::vector<int>(3, NC_EINVALCOORDS));
+  EXPECT_EQ(std::vector<int>(
+                {rf.readItemData(0, 3, buf), rf.readItemData(0, -1, buf), rf.readItemData(1, 3, dbuf)}),
+            std::vector<int>(3, NC_EINVALCOORDS));
   EXPECT_TRUE(buf[0] == 7 && dbuf[0] == 7);
   // an item out of range: a sentence naming the file
-  EXPECT_VEXCEPTION(rf.readItemData(2, 0, buf), "thResultFile::readItemData: item number 2 is out of range; '" +
-                                                    f.fn + "' has 2 items.");
+  EXPECT_VEXCEPTION(rf.readItemData(2, 0, buf),
+                    "thResultFile::readItemData: item number 2 is out of range; '" + f.fn + "' has 2 items.");
 
   // z-layers: the columns of e3 and e1 in list order; the negative entry leaves no gap
   int32_t en[] = {3, -1, 1};
@@ -126,7 +127,10 @@ TEST(ResultFileData, SequentialReading) {
 TEST(ResultFileData, LayerCodes) {
   SmallFile f;
   thResultFile rf(f.fn, NC);
-  struct Row { int item, t, layer; VF expect; };
+  struct Row {
+    int item, t, layer;
+    VF expect;
+  };
   const Row rows[] = {
       {0, 0, 0, {0.25f, D, D, 6.25f}},
       {0, 0, 1, {1.25f, 3.25f, D, 7.25f}},
@@ -174,13 +178,17 @@ TEST(ResultFileData, LayerAtDepthProfilesAndBitmaps) {
   double data[4] = {1, 2, 3, 4};
   // upper edges 7, 2, 0: depth 5 lies in layer 1, depth 0 in none
   // the values are dropped; the read of a missing timestep fails
-  EXPECT_EQ(std::vector<int64_t>({rf.readLayerAtDepth(0, 0, 5.0, data), rf.readLayerAtDepth(0, 0, 0.0, data),
-                                  rf.readLayerAtDepth(0, 0, 0.5, data), rf.readLayerAtDepth(0, 4, 0.5, data)}),
-            (std::vector<int64_t>{4, -1, 4, -1}));
+  EXPECT_EQ(
+      std::vector<int64_t>({rf.readLayerAtDepth(0, 0, 5.0, data), rf.readLayerAtDepth(0, 0, 0.0, data),
+                            rf.readLayerAtDepth(0, 0, 0.5, data), rf.readLayerAtDepth(0, 4, 0.5, data)}),
+      (std::vector<int64_t>{4, -1, 4, -1}));
   EXPECT_EQ(data[0], 1);
 
   // profiles are indexed by absolute layer; below the sea bed the deleted value
-  struct Row { int t, elem; VF expect; };
+  struct Row {
+    int t, elem;
+    VF expect;
+  };
   const Row rows[] = {{0, 1, {D, 3.25f, 4.25f}},
                       {2, 3, {D, D, D}},  // a deleted column reads as it stands
                       {1, 0, {100.25f, D, D}},
@@ -197,14 +205,16 @@ TEST(ResultFileData, LayerAtDepthProfilesAndBitmaps) {
   std::vector<int32_t> bitmap(300, 0x12345678);
   int32_t* bm = bitmap.data();
   int32_t cols[] = {static_cast<int32_t>(0xFF000000), static_cast<int32_t>(0xFFFFFFFF)};  // black to white
-  ASSERT_EQ(rf.readLayerAndInterpOnBitmap(1, 0, 2, &bm, 30, 10, 256, 0, 300, 0, 100, 0, 1.5, cols, 2, 15, 2), 0);
+  ASSERT_EQ(rf.readLayerAndInterpOnBitmap(1, 0, 2, &bm, 30, 10, 256, 0, 300, 0, 100, 0, 1.5, cols, 2, 15, 2),
+            0);
   // the pixel (5, 5) holds e0's centre (50, 50): value 0, black; (15, 5) e1's (150, 50): value 0.5
   auto px = [&](int i, int j) { return static_cast<uint32_t>(bitmap[(10 - 1 - j) * 30 + i]); };
   EXPECT_EQ(px(5, 5), 0xFF000000u);
   EXPECT_NEAR(px(15, 5) & 0xFF, 255.0 / 3, 2);
   EXPECT_EQ(px(0, 9), 0x12345678u);  // no element centre within reach: left as it was
-  EXPECT_VEXCEPTION_HAS(rf.readLayerAndInterpOnBitmap(1, 0, 2, nullptr, 30, 10, 256, 0, 300, 0, 100, 0, 1.5, cols, 2, 15, 2),
-                        "no bitmap");
+  EXPECT_VEXCEPTION_HAS(
+      rf.readLayerAndInterpOnBitmap(1, 0, 2, nullptr, 30, 10, 256, 0, 300, 0, 100, 0, 1.5, cols, 2, 15, 2),
+      "no bitmap");
 }
 
 TEST(ResultFileSeries, WithinOneFile) {
@@ -218,8 +228,9 @@ TEST(ResultFileSeries, WithinOneFile) {
   // a 2-D item by element, at any layer from the element's bottom up
   EXPECT_EQ(series(rf, 1, 2, 2, 0, 3, 3), (VD{1.0, 2.0, 3.0}));
   double* d = nullptr;
-  EXPECT_VEXCEPTION(rf.readTimeSeries(1, 2, 0, &d, 0, 3),
-                    "Layer 0 is below bottom. There are 1 layers in element 2, numbered (bottom) 2 to 2 (surface).");
+  EXPECT_VEXCEPTION(
+      rf.readTimeSeries(1, 2, 0, &d, 0, 3),
+      "Layer 0 is below bottom. There are 1 layers in element 2, numbered (bottom) 2 to 2 (surface).");
   EXPECT_VEXCEPTION(rf.readTimeSeries(0, 3, 1, &d, 3, 2), "timeStepFrom>timeStepTo");
   EXPECT_VEXCEPTION(rf.readTimeSeries(0, 3, 1, &d, 0, 4), "Invalid timeStepTo");
   EXPECT_VEXCEPTION_HAS(rf.readTimeSeries(0, 3, 3, &d, 0, 3), "layer 3 lies above the surface layer 2");
@@ -248,7 +259,8 @@ TEST(ResultFileSeries, AcrossPhysicalFiles) {
   EXPECT_EQ(rf.getFileForTimestep(t), files.fn);  // within the first: fileNo stays
   EXPECT_EQ(rf.fileNo, 1);
   t = 9;
-  EXPECT_VEXCEPTION(rf.getFileForTimestep(t), "Not that many timesteps in file (" + files.fn + "). fileNo=3, timestep=0");
+  EXPECT_VEXCEPTION(rf.getFileForTimestep(t),
+                    "Not that many timesteps in file (" + files.fn + "). fileNo=3, timestep=0");
   t = -1;
   EXPECT_VEXCEPTION(rf.getFileForTimestep(t),
                     "Negative timestep requested from  (" + files.fn + "). " + thGlobal::errTail);
@@ -259,7 +271,8 @@ TEST(ResultFileSeries, AcrossPhysicalFiles) {
   EXPECT_EQ(rf.fileNo, 3);  // the loop leaves fileNo behind the last file
   // a range within nt is now served by the file that fileNo names, which does not exist
   double* d = nullptr;
-  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 0, 0, &d, 0, 3), "No such file: '" + files.dir.file("run^3.nc") + "'");
+  EXPECT_VEXCEPTION(rf.readTimeSeries(0, 0, 0, &d, 0, 3),
+                    "No such file: '" + files.dir.file("run^3.nc") + "'");
   // a range beyond the first file starts over from the first
   EXPECT_EQ(series(rf, 1, 1, 2, 4, 7, 3), (VD{4.5, 5.5, 6.5}));
   EXPECT_EQ(rf.fileNo, 3);

@@ -53,8 +53,11 @@ std::vector<Static> smallStatics(int version, const thMesh2D& m) {
   Bytes mesh = meshBlock(version, m);
   // below version 3 the meaning goes by position: elemBathy, mesh, dz
   if (version < 3) return {{"", "", bathy, 4}, {"", "", mesh, (int32_t)mesh.size()}, {"", "", dz, 3}};
-  return {{"proj", "char", proj, 5}, {"enol", "int", enol, 4}, {"dz", "float", dz, 3},
-          {"elemBathy", "float", bathy, 4}, {"mesh", "char", mesh, (int32_t)mesh.size()}};
+  return {{"proj", "char", proj, 5},
+          {"enol", "int", enol, 4},
+          {"dz", "float", dz, 3},
+          {"elemBathy", "float", bathy, 4},
+          {"mesh", "char", mesh, (int32_t)mesh.size()}};
 }
 
 // The small model's file of a version, from the layout: header, items temp and elev (the version 0
@@ -89,8 +92,10 @@ Bytes embFile(int version, const thMesh2D& m, int32_t modelType = 0) {
     putLE<float>(b, static_cast<float>(4.0 * std::atan(1.0))), putLE<float>(b, 0.0f);
   }
   putLE<int32_t>(b, modelType), putLE<int32_t>(b, headerLen);
-  if (version >= 8) putLE<int64_t>(b, SmallModel::startDT);
-  else putLE<int32_t>(b, static_cast<int32_t>(SmallModel::startDT));
+  if (version >= 8)
+    putLE<int64_t>(b, SmallModel::startDT);
+  else
+    putLE<int32_t>(b, static_cast<int32_t>(SmallModel::startDT));
   putLE<float>(b, 3600.0f);
   for (int32_t v : {3, 2, 128, static_cast<int32_t>(st.size()), 128 + static_cast<int32_t>(items.size()), 3})
     putLE<int32_t>(b, v);
@@ -179,7 +184,10 @@ TEST(ResultFileEMB, LayersProfilesAndSeries) {
   float lay[4] = {7, 7, 7, 7};
   float* p = lay;
   const float del = delVal;
-  struct Row { int t, layer; std::vector<float> want; };
+  struct Row {
+    int t, layer;
+    std::vector<float> want;
+  };
   // t=2: e0 cells 0..2, e1 3 4(del), e2 5, e3 6..8 all deleted
   for (const Row& r : std::vector<Row>{{2, 999, {202.25f, 203.25f, 205.25f, del}},
                                        {2, -1, {200.25f, 203.25f, 205.25f, del}},
@@ -234,9 +242,15 @@ TEST(ResultFileEMB, SevenTimestepsAtThreePerFileReadAsOne) {
 
 TEST(ResultFileEMB, FirstItemSetsTheFormat) {
   thTest::TempDir dir;
-  struct Row { std::string item; int len; int32_t format; };
-  for (const Row& r : std::vector<Row>{{"hdrst_u", 9, RESTART}, {"uFlux", 8, DECOUPLED},
-                                       {"hddcp_uFlux", 8, DECOUPLED}, {"uFlux", 9, EMB}}) {
+  struct Row {
+    std::string item;
+    int len;
+    int32_t format;
+  };
+  for (const Row& r : std::vector<Row>{{"hdrst_u", 9, RESTART},
+                                       {"uFlux", 8, DECOUPLED},
+                                       {"hddcp_uFlux", 8, DECOUPLED},
+                                       {"uFlux", 9, EMB}}) {
     std::string fn = dir.file(r.item + std::to_string(r.len) + ".emb");
     writeSmall(fn, 1, -1, {{r.item, r.len}});
     EXPECT_EQ(thResultFile(fn, -1).format, r.format) << r.item;
@@ -259,12 +273,14 @@ TEST(ResultFileEMB, DamagedFilesAreReported) {
       EXPECT_NO_THROW(thResultFile(fn, -1)) << keep;
   }
   thTest::writeBytes(fn, {});
-  EXPECT_VEXCEPTION(thResultFile(fn, -1), "thResultFile::readHeader: '" + fn +
-                    "' is not a readable EMB file: it ends after 0 bytes, before the version (at byte 0).");
+  EXPECT_VEXCEPTION(
+      thResultFile(fn, -1),
+      "thResultFile::readHeader: '" + fn +
+          "' is not a readable EMB file: it ends after 0 bytes, before the version (at byte 0).");
   // counts and lengths beyond the file, negative ones, garbage
   uint32_t seed = 7;
-  for (auto [at, value] : {std::pair{48, 0x7fffffff}, {48, -1}, {56, 1000000}, {132, 1 << 30},
-                           {28, -5}, {52, 1 << 30}}) {
+  for (auto [at, value] :
+       {std::pair{48, 0x7fffffff}, {48, -1}, {56, 1000000}, {132, 1 << 30}, {28, -5}, {52, 1 << 30}}) {
     Bytes bad = good;
     std::memcpy(bad.data() + at, &value, 4);
     thTest::writeBytes(fn, bad);

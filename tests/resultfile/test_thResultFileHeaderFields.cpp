@@ -70,6 +70,8 @@ TEST(ResultFileHeaderFields, TimestepsBeyondTheFileAreRefused) {
   const size_t at = 50331650;
   nc_put_var1_longlong(id, var, &at, &t);
   ASSERT_EQ(nc_close(id), NC_NOERR);
-  EXPECT_VEXCEPTION(thResultFile(fn, NC), "thResultFile::readHeader: '" + fn + "' is not a result file: "
-                    "the variable 'temp' declares more values than the file's size can hold.");
+  EXPECT_VEXCEPTION(thResultFile(fn, NC),
+                    "thResultFile::readHeader: '" + fn +
+                        "' is not a result file: "
+                        "the variable 'temp' declares more values than the file's size can hold.");
 }

@@ -1,8 +1,8 @@
 // Reading the header of NC result files: the small hand-made model, its edge cases, and files
 // that are not result files.
 
-#include <cmath>
 #include <dirent.h>
+#include <cmath>
 
 #include "resultfile/thResultFile.h"
 #include "testutil/thResultFixtures.h"
@@ -41,7 +41,7 @@ TEST(ResultFileNC, HeaderOfTheSmallModel) {
   thResultFile rf(fn, -1);  // the format comes from the extension, the header is read at once
   EXPECT_EQ(rf.format, NC);
   EXPECT_EQ(rf.fileVersion, 8);
-  EXPECT_GT(rf.fileTime, 1600000000);  // the file's modification time, now
+  EXPECT_GT(rf.fileTime, 1600000000);     // the file's modification time, now
   for (int pass = 0; pass < 2; ++pass) {  // a second read gives the same, not twice the items
     if (pass == 1) {
       ASSERT_EQ(rf.readHeader(), 0);
@@ -132,27 +132,33 @@ TEST(ResultFileNC, FilesThatAreNotResultFiles) {
        "the dimension 'time' is missing"},
       {noLayers, "the dimension 'layers' is missing"},
       {noVorX, "the variable 'voronoiX' is missing"},
-      {cdlWith("int nodeType(nodes)", "double nodeType(nodes)"), "the variable 'nodeType' is of double, not of int"},
+      {cdlWith("int nodeType(nodes)", "double nodeType(nodes)"),
+       "the variable 'nodeType' is of double, not of int"},
       {cdlWith("double elemBathy(elems)", "double elemBathy(nodes)"),
        "the variable 'elemBathy' is not laid out along the dimension 'elems'"},
       {cdlWith(":nItem = 2", ":nItem = 20"), "'nItem' is 20 but the file has 14 variables"},
       {cdlWith("  :nItem = 2 ;\n", ""), "the attribute 'nItem' is missing"},
       // three items reach back into the fixed variables
-      {cdlWith(":nItem = 2", ":nItem = 3"), "the item variable 'layerThickness' is not laid out along (time, values)"},
+      {cdlWith(":nItem = 2", ":nItem = 3"),
+       "the item variable 'layerThickness' is not laid out along (time, values)"},
       {cdlWith("  float elev(time, elems) ;\n", "  char elev(time, elems) ;\n"),
        "the item variable 'elev' is of another type, not of a number type that items are read as"},
-      {cdlWith("connectivity = 0, 1, 5, 4", "connectivity = 0, 1, -3, 4"), "'connectivity' names node -3 but there are 8 nodes"},
-      {cdlWith("noElemNodes = 4, 4, 3, 3", "noElemNodes = 4, 4, 3, 2"), "element 3 has 2 nodes (3 to 50 are possible)"},
+      {cdlWith("connectivity = 0, 1, 5, 4", "connectivity = 0, 1, -3, 4"),
+       "'connectivity' names node -3 but there are 8 nodes"},
+      {cdlWith("noElemNodes = 4, 4, 3, 3", "noElemNodes = 4, 4, 3, 2"),
+       "element 3 has 2 nodes (3 to 50 are possible)"},
       {cdlWith("noElemNodes = 4, 4, 3, 3", "noElemNodes = 4, 4, 4, 3"),
        "the elements have 15 nodes together but 'connectivity' holds 14"},
       {cdlWith("nodeType = 1, 99", "nodeType = 1, 100"), "node 1 has the type 100"},
-      {cdlWith("elemlayers = 3, 2, 1, 3", "elemlayers = 3, 2, 1, 4"), "element 3 has 4 layers but the model has 3"},
+      {cdlWith("elemlayers = 3, 2, 1, 3", "elemlayers = 3, 2, 1, 4"),
+       "element 3 has 4 layers but the model has 3"},
   };
   int n = 0;
   for (const auto& [cdl, why] : cases) {
     std::string fn = dir.file("bad" + std::to_string(n++) + ".nc");
     thTest::ncgen(cdl, fn);
-    EXPECT_VEXCEPTION(thResultFile(fn, NC), "thResultFile::readHeader: '" + fn + "' is not a result file: " + why + ".");
+    EXPECT_VEXCEPTION(thResultFile(fn, NC),
+                      "thResultFile::readHeader: '" + fn + "' is not a result file: " + why + ".");
   }
 }
 

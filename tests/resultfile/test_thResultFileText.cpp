@@ -27,11 +27,17 @@ std::vector<VD> block(thResultFile& rf, int64_t t, int rows) {
 }  // namespace
 
 TEST(ResultFileText, HeaderOfTables) {
-  struct Case { std::string text; std::vector<std::string> items; int64_t textPos; };
+  struct Case {
+    std::string text;
+    std::vector<std::string> items;
+    int64_t textPos;
+  };
   const Case cases[] = {{"DateTime\tTemp\tSalt\n2010-01-01\t1\t2\n", {"Temp", "Salt"}, 19},
                         {"2010-01-01\t1.5\t2.5\n", {"Itm1", "Itm2"}, 0},          // data from the start
                         {"2010-01-01 12:00:00\t1.5\n", {"12:00:00", "1.5"}, 24},  // split at the blank
-                        {"", {}, 0}, {"2010-01-01", {}, 0}, {std::string("\x01\xff\0garbage", 10), {}, 0},
+                        {"", {}, 0},
+                        {"2010-01-01", {}, 0},
+                        {std::string("\x01\xff\0garbage", 10), {}, 0},
                         {"DateTime,Temp\r\n", {"Temp"}, 15}};
   thTest::TempDir dir;
   std::string fn = dir.file("a.text0d");
@@ -50,8 +56,9 @@ TEST(ResultFileText, HeaderOfTables) {
 
 TEST(ResultFileText, BlocksOfProfiles) {
   thTest::TempDir dir;
-  const std::string text = "DateTime\tT\tS\tQ\n2010-01-01 00:00:00\t1.5,,2.5\n2010-01-01 00:00:00\t3.5,x,4\n\r\n"
-                           "2010-01-01 01:00:00\t7\t8\n2010-01-01 01:00:00\t6,7,8\r\n2010-01-01 02:00:00\t9";
+  const std::string text =
+      "DateTime\tT\tS\tQ\n2010-01-01 00:00:00\t1.5,,2.5\n2010-01-01 00:00:00\t3.5,x,4\n\r\n"
+      "2010-01-01 01:00:00\t7\t8\n2010-01-01 01:00:00\t6,7,8\r\n2010-01-01 02:00:00\t9";
   thTest::writeText(dir.file("p.text1d"), text);
   thResultFile rf(dir.file("p.text1d"), -1);
   // an empty field is missing and a field that is no number 0
@@ -66,7 +73,8 @@ TEST(ResultFileText, BlocksOfProfiles) {
   EXPECT_TRUE(untouched == nullptr && n == -7 && rf.curTimestep == 4);
   const std::string invalid = "Invalid line in file " + dir.file("b.text0d");
   for (const auto& [bad, msg] : {std::pair<std::string, std::string>{"D\tT\n2010-01-01\t1\n\n", invalid},
-                                 {"2010-01-01 1.5\n", invalid}, {"D\tT\nno date\t1\n", "Invalid date: no date"}}) {
+                                 {"2010-01-01 1.5\n", invalid},
+                                 {"D\tT\nno date\t1\n", "Invalid date: no date"}}) {
     thTest::writeText(dir.file("b.text0d"), bad);
     thResultFile b(dir.file("b.text0d"), -1);
     EXPECT_VEXCEPTION(b.readNextTimestep(&untouched, &n), msg);
@@ -77,11 +85,18 @@ TEST(ResultFileText, BlocksOfProfiles) {
 TEST(ResultFileText, SeriesOfColumns) {
   thTest::TempDir dir;
   std::string fn = dir.file("s.text0d");
-  thTest::writeText(fn, "DateTime\tTemp\tQual\n2010-01-01 00:00:00\t1.5\t1\n2010-01-01 01:00:00\t2.5\t5\r\n"
-                        "2010-01-01 02:00:00\t\t1\n2010-01-01 03:00:00\t4.5\n\n2010-01-01 04:00:00\t5.5\t9");
+  thTest::writeText(fn,
+                    "DateTime\tTemp\tQual\n2010-01-01 00:00:00\t1.5\t1\n2010-01-01 01:00:00\t2.5\t5\r\n"
+                    "2010-01-01 02:00:00\t\t1\n2010-01-01 03:00:00\t4.5\n\n2010-01-01 04:00:00\t5.5\t9");
   thResultFile rf(fn, -1);
   const int64_t h = 3600;
-  struct Case { int item; int64_t from, to; int filter; double lo, hi; samples expected; };
+  struct Case {
+    int item;
+    int64_t from, to;
+    int filter;
+    double lo, hi;
+    samples expected;
+  };
   const Case cases[] = {{0, -1, end, -1, -1e37, 1e37, {{0, 1.5}, {h, 2.5}, {3 * h, 4.5}, {4 * h, 5.5}}},
                         {0, day0 + h, day0 + 3 * h, -1, 0, 0, {{h, 2.5}, {3 * h, 4.5}}},  // ends included
                         {0, -1, end, 1, 1, 5, {{0, 1.5}, {h, 2.5}}},  // 4.5: no filter field; 5.5: out
@@ -125,20 +140,25 @@ TEST(ResultFileText, WriteEMTAndEMF) {
     w.writeItemData(a, 3), w.writeItemData(b, 3);
     w.writeItemData(c, 1), w.writeItemData(d, 1);  // the second timestep holds one value an item
     w.closeFile(2);
-    EXPECT_EQ(thTest::readText(fn), w.format == EMT
-        ? "ModelType: water\nStartDT: 2010-01-01 00:00:00\nTimestep: 1800\nNo. timesteps: 2\nNo. items: 2\n"
-          "Item names: averyveryLongItemName,s\nNo. Layers: 3\nData: \nt=000-1,i=00\t1.5\t0.001\t1e+12\t\n"
-          "t=000-1,i=01\t-2.25\t0\t1.235e+08\t\nt=00000,i=00\t1e+05\t\nt=00000,i=01\t-1e-30\t\n"
-        : "DateTime           CellNoaveryveryLon           s\n"  // fixed unless it overflows or reads 0
-          "2010-01-01 00:00:00     0        1.50       -2.25\n"
-          "2010-01-01 00:00:00     1    1.00e-03        0.00\n"
-          "2010-01-01 00:00:00     2    1.00e+12    1.23e+08\n"
-          "2010-01-01 00:30:00     0   100000.00   -1.00e-30\n");
+    EXPECT_EQ(
+        thTest::readText(fn),
+        w.format == EMT
+            ? "ModelType: water\nStartDT: 2010-01-01 00:00:00\nTimestep: 1800\nNo. timesteps: 2\nNo. items: "
+              "2\n"
+              "Item names: averyveryLongItemName,s\nNo. Layers: 3\nData: "
+              "\nt=000-1,i=00\t1.5\t0.001\t1e+12\t\n"
+              "t=000-1,i=01\t-2.25\t0\t1.235e+08\t\nt=00000,i=00\t1e+05\t\nt=00000,i=01\t-1e-30\t\n"
+            : "DateTime           CellNoaveryveryLon           s\n"  // fixed unless it overflows or reads 0
+              "2010-01-01 00:00:00     0        1.50       -2.25\n"
+              "2010-01-01 00:00:00     1    1.00e-03        0.00\n"
+              "2010-01-01 00:00:00     2    1.00e+12    1.23e+08\n"
+              "2010-01-01 00:30:00     0   100000.00   -1.00e-30\n");
   }
   thResultFile w(dir.file("x.emf"), EMF);
   w.addItem("x", 1);
   w.colWidth = 9;
-  EXPECT_VEXCEPTION(w.writeHeader(), "thResultFile::writeHeader: the column width 9 of '" + dir.file("x.emf") +
+  EXPECT_VEXCEPTION(w.writeHeader(), "thResultFile::writeHeader: the column width 9 of '" +
+                                         dir.file("x.emf") +
                                          "' leaves no room for a value; it must be 10 or more.");
   thResultFile big(dir.file("big.emt"), EMT);  // a line longer than the text buffer
   big.addItem("x", 3000);

@@ -7,8 +7,8 @@
 #include "testutil/thTestUtil.h"
 
 using namespace thalmod;
-using thTest::SmallModel;
 using thTest::buildSmallModel;
+using thTest::SmallModel;
 
 namespace {
 
@@ -32,9 +32,9 @@ TEST(ResultFileWrite, RoundTrip) {
   std::string fn = dir.file("w.nc");
   // second dimensions: cells, elems, UPntsDim (8 = U-points), ABMDim, the earlier ABMDim again
   // (same length), dcpSrcDim, the item's own, cells
-  const std::vector<std::pair<std::string, int>> items = {
-      {"temp", 9}, {"elev", 4}, {"uflux", 8}, {"abmFish", 5}, {"misc", 5}, {"hddcp_srcFlux", 6},
-      {"other", 12}, {"salt", 9}};
+  const std::vector<std::pair<std::string, int>> items = {{"temp", 9},    {"elev", 4}, {"uflux", 8},
+                                                          {"abmFish", 5}, {"misc", 5}, {"hddcp_srcFlux", 6},
+                                                          {"other", 12},  {"salt", 9}};
   {
     thResultFile w(fn, NC);  // nothing there yet: nothing is read
     buildSmallModel(w.mInfo);
@@ -48,8 +48,10 @@ TEST(ResultFileWrite, RoundTrip) {
         std::vector<float> v(items[i].second);
         for (int k = 0; k < items[i].second; ++k) v[k] = value(i, t, k);
         std::vector<double> v64(v.begin(), v.end());
-        if (i % 2 == 0) w.writeItemData(v.data(), items[i].second);
-        else w.writeItemData(v64.data(), items[i].second);  // narrowed on the way
+        if (i % 2 == 0)
+          w.writeItemData(v.data(), items[i].second);
+        else
+          w.writeItemData(v64.data(), items[i].second);  // narrowed on the way
       }
     EXPECT_TRUE(w.writeTimestep == 3 && w.writeItem == 0);
     w.closeFile(3);
@@ -58,22 +60,50 @@ TEST(ResultFileWrite, RoundTrip) {
 
   // the schema as ncdump sees it: dimensions, variables, attributes, each in the order of writing
   std::string h = thTest::ncdump(fn, "-hs");
-  expectInOrder(h, {"time = UNLIMITED ; // (3 currently)", "nodes = 8 ;", "elems = 4 ;", "cells = 9 ;",
-                    "layers = 3 ;", "totNoElemNodes = 14 ;", "UPntsDim = 8 ;", "ABMDim = 5 ;",
-                    "dcpSrcDim = 6 ;", "otherDim = 12 ;",
-                    "int64 time(time) ;", "time:long_name = \"Time (seconds since 1970-01-01)\" ;",
-                    "time:standard_name = \"time\" ;", "time:units = \"seconds since 1970-01-01 00:00:00\" ;",
-                    "double nodeXCoor(nodes) ;", "nodeXCoor:_DeflateLevel = 2 ;", "double nodeYCoor(nodes) ;",
-                    "int nodeType(nodes) ;", "int noElemNodes(elems) ;", "double voronoiX(elems) ;",
-                    "double voronoiY(elems) ;", "double elemBathy(elems) ;", "int elemBottomLayerIdx(elems) ;",
-                    "int elemlayers(elems) ;", "int connectivity(totNoElemNodes) ;",
-                    "double layerThickness(layers) ;", "float temp(time, cells) ;", "temp:_Shuffle = \"true\" ;",
-                    "temp:_DeflateLevel = 2 ;", "float elev(time, elems) ;", "float uflux(time, UPntsDim) ;",
-                    "float abmFish(time, ABMDim) ;", "float misc(time, ABMDim) ;",
-                    "float hddcp_srcFlux(time, dcpSrcDim) ;", "float other(time, otherDim) ;",
-                    "float salt(time, cells) ;", ":fileType = \"Thalmod unstructured data file\" ;",
-                    ":version = 8 ;", ":layerType = 0 ;", ":flavor = 3 ;", ":topDepth = 0. ;", ":modeltype = 0 ;",
-                    ":projection = \"UTM32\" ;", ":nItem = 8 ;"});
+  expectInOrder(h, {"time = UNLIMITED ; // (3 currently)",
+                    "nodes = 8 ;",
+                    "elems = 4 ;",
+                    "cells = 9 ;",
+                    "layers = 3 ;",
+                    "totNoElemNodes = 14 ;",
+                    "UPntsDim = 8 ;",
+                    "ABMDim = 5 ;",
+                    "dcpSrcDim = 6 ;",
+                    "otherDim = 12 ;",
+                    "int64 time(time) ;",
+                    "time:long_name = \"Time (seconds since 1970-01-01)\" ;",
+                    "time:standard_name = \"time\" ;",
+                    "time:units = \"seconds since 1970-01-01 00:00:00\" ;",
+                    "double nodeXCoor(nodes) ;",
+                    "nodeXCoor:_DeflateLevel = 2 ;",
+                    "double nodeYCoor(nodes) ;",
+                    "int nodeType(nodes) ;",
+                    "int noElemNodes(elems) ;",
+                    "double voronoiX(elems) ;",
+                    "double voronoiY(elems) ;",
+                    "double elemBathy(elems) ;",
+                    "int elemBottomLayerIdx(elems) ;",
+                    "int elemlayers(elems) ;",
+                    "int connectivity(totNoElemNodes) ;",
+                    "double layerThickness(layers) ;",
+                    "float temp(time, cells) ;",
+                    "temp:_Shuffle = \"true\" ;",
+                    "temp:_DeflateLevel = 2 ;",
+                    "float elev(time, elems) ;",
+                    "float uflux(time, UPntsDim) ;",
+                    "float abmFish(time, ABMDim) ;",
+                    "float misc(time, ABMDim) ;",
+                    "float hddcp_srcFlux(time, dcpSrcDim) ;",
+                    "float other(time, otherDim) ;",
+                    "float salt(time, cells) ;",
+                    ":fileType = \"Thalmod unstructured data file\" ;",
+                    ":version = 8 ;",
+                    ":layerType = 0 ;",
+                    ":flavor = 3 ;",
+                    ":topDepth = 0. ;",
+                    ":modeltype = 0 ;",
+                    ":projection = \"UTM32\" ;",
+                    ":nItem = 8 ;"});
   // and back through the reader: the time axis, the layer counts and the items
   thResultFile r(fn, -1);
   const thModelInfo& mi = r.mInfo;
@@ -115,7 +145,8 @@ TEST(ResultFileWrite, NamedItemsBuffersAndFailures) {
     double v[20];
     for (int k = 0; k < 20; ++k) v[k] = k + 0.25;
     w.writeItemData(v, 9);  // the float buffer still holds a whole item
-    EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 3), "item '1' of '" + dir.file("n.nc") + "' takes 9 values, not 3.");
+    EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 3),
+                          "item '1' of '" + dir.file("n.nc") + "' takes 9 values, not 3.");
     EXPECT_VEXCEPTION_HAS(w.writeItemData(v, 10), "10 values are more than the longest item");
     w.closeFile(0);
     // a second file through the same object with a longer item: the float buffer grows with it
@@ -143,8 +174,9 @@ TEST(ResultFileWrite, NamedItemsBuffersAndFailures) {
   EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: itemNameVec.Size()!=itemLengthVec.size().");
   w->itemLengthVec.push_back(9);
   w->itemNameVec[1] = "temp";
-  EXPECT_VEXCEPTION(w->writeHeader(), "thResultFile::writeHeader: the name of item 'temp' is taken by another variable of '" +
-                                          dir.file("a.nc") + "'.");
+  EXPECT_VEXCEPTION(w->writeHeader(),
+                    "thResultFile::writeHeader: the name of item 'temp' is taken by another variable of '" +
+                        dir.file("a.nc") + "'.");
   w->itemNameVec[1] = "salt";
   w->itemLengthVec[1] = 0;
   EXPECT_VEXCEPTION_HAS(w->writeHeader(), "item 'salt' of '" + dir.file("a.nc") + "' has the length 0");

@@ -10,23 +10,45 @@ using namespace VCppLib;
 
 TEST(VFiles, FileNamePartsAndSizes) {
   const std::pair<std::string, std::string> names[] = {
-      {dirPart("a\\b\\c.txt"), "a\\b"}, {dirPart("c.txt"), ""}, {dirPart("/tmp/x/c.txt"), "/tmp/x"},
-      {dirPart("a/b\\c"), "a/b"}, {fileName("a\\b\\c.txt"), "c.txt"}, {fileName("a/b/c.txt"), "c.txt"},
-      {fileName("c.txt"), "c.txt"}, {fileName("dir\\"), ""}, {baseName("a\\b\\run.v1.nc"), "run.v1"},
-      {baseName("a.d/run"), "run"}, {baseName(""), ""}, {extPart("a\\run.nc"), "nc"},
-      {extPart("run"), "run"}, {extPart("run."), ""}, {setExt("run.nc", "emb"), "run.emb"},
-      {setExt("run", "emb"), "run.emb"}, {setExt("run.", "emb"), "run..emb"},  // a last point stays
-      {insertBeforeExt("run.nc", "_1"), "run_1.nc"}, {insertBeforeExt("run", "_1"), "run"},
-      {insertBeforeExt(".nc", "_1"), ".nc"}, {insertBeforeExt("a/b.c/run.nc", "_1"), "a/b.c/run_1.nc"},
-      {addBackslash("dir"), "dir\\"}, {addBackslash("dir\\"), "dir\\"}, {addBackslash("dir/"), "dir/"},
-      {addBackslash(""), ""}, {sizeToStr(0), "0 bytes"}, {sizeToStr(1023), "1023 bytes"},
-      {sizeToStr(1024), "1 KB"}, {sizeToStr(1536), "1 KB"}, {sizeToStr(1048576), "1 MB"},
-      {sizeToStr(1048575), "1023 KB"}, {sizeToStr(2147483647), "1 GB"}, {sizeToStr(-5), "-5 bytes"}};
+      {dirPart("a\\b\\c.txt"), "a\\b"},
+      {dirPart("c.txt"), ""},
+      {dirPart("/tmp/x/c.txt"), "/tmp/x"},
+      {dirPart("a/b\\c"), "a/b"},
+      {fileName("a\\b\\c.txt"), "c.txt"},
+      {fileName("a/b/c.txt"), "c.txt"},
+      {fileName("c.txt"), "c.txt"},
+      {fileName("dir\\"), ""},
+      {baseName("a\\b\\run.v1.nc"), "run.v1"},
+      {baseName("a.d/run"), "run"},
+      {baseName(""), ""},
+      {extPart("a\\run.nc"), "nc"},
+      {extPart("run"), "run"},
+      {extPart("run."), ""},
+      {setExt("run.nc", "emb"), "run.emb"},
+      {setExt("run", "emb"), "run.emb"},
+      {setExt("run.", "emb"), "run..emb"},  // a last point stays
+      {insertBeforeExt("run.nc", "_1"), "run_1.nc"},
+      {insertBeforeExt("run", "_1"), "run"},
+      {insertBeforeExt(".nc", "_1"), ".nc"},
+      {insertBeforeExt("a/b.c/run.nc", "_1"), "a/b.c/run_1.nc"},
+      {addBackslash("dir"), "dir\\"},
+      {addBackslash("dir\\"), "dir\\"},
+      {addBackslash("dir/"), "dir/"},
+      {addBackslash(""), ""},
+      {sizeToStr(0), "0 bytes"},
+      {sizeToStr(1023), "1023 bytes"},
+      {sizeToStr(1024), "1 KB"},
+      {sizeToStr(1536), "1 KB"},
+      {sizeToStr(1048576), "1 MB"},
+      {sizeToStr(1048575), "1023 KB"},
+      {sizeToStr(2147483647), "1 GB"},
+      {sizeToStr(-5), "-5 bytes"}};
   for (const auto& [got, want] : names) EXPECT_EQ(got, want);
   // "tb" and "pb" are rounded decimals, not powers of 1024.
   const std::pair<const char*, uint64_t> sizes[] = {
-      {"1.5 KB", 1536}, {"2 tb", 2199024000000}, {"10", 10}, {"3mb", 3145728}, {"1 G B", 1073741824},
-      {"1 pb", 1125900000000000}, {"kb", 0}, {"", 0}, {"-5 kb", 0}, {"1e30 pb", UINT64_MAX}};
+      {"1.5 KB", 1536},      {"2 tb", 2199024000000},    {"10", 10}, {"3mb", 3145728},
+      {"1 G B", 1073741824}, {"1 pb", 1125900000000000}, {"kb", 0},  {"", 0},
+      {"-5 kb", 0},          {"1e30 pb", UINT64_MAX}};
   for (auto [s, n] : sizes) EXPECT_EQ(parseSize(s), n) << s;
 }
 

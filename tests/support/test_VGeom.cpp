@@ -1,7 +1,7 @@
 #include "support/VGeom.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -39,9 +39,11 @@ TEST(VGeom, PolygonAreaAndPointInPolygon) {
   EXPECT_DOUBLE_EQ(polygonArea(ux, uy, 8), 7.0);
   EXPECT_EQ(polygonArea(x, y, 0), 0.0);
   // Left and lower edges are inside, right and upper edges outside.
-  const struct { double px, py; bool in; } square[] = {
-      {0.5, 0.5, true}, {0.0, 0.5, true}, {1.0, 0.5, false}, {0.5, 0.0, true}, {0.5, 1.0, false},
-      {2.0, 0.5, false}};
+  const struct {
+    double px, py;
+    bool in;
+  } square[] = {{0.5, 0.5, true}, {0.0, 0.5, true},  {1.0, 0.5, false},
+                {0.5, 0.0, true}, {0.5, 1.0, false}, {2.0, 0.5, false}};
   for (auto p : square) EXPECT_EQ(pointInPolygon(4, x, y, p.px, p.py), p.in) << p.px << " " << p.py;
   EXPECT_FALSE(pointInPolygon(0, x, y, 0.5, 0.5));
   EXPECT_FALSE(pointInPolygon(8, ux, uy, 1.5, 2.0));
@@ -133,7 +135,8 @@ TEST(VGeom, AnglesLinesNormalsCentres) {
   EXPECT_NEAR(directionAngle(0, 0, 1, 0, pi / 2, false), pi / 2, 1e-12);
   EXPECT_NEAR(directionAngle(0, 0, 0, -1, 0, false), pi / 2, 1e-12);
   EXPECT_EQ((std::vector<int32_t>{sideOfLine(0, 0, 1, 0, 0.5, 1), sideOfLine(0, 0, 1, 0, 0.5, -1),
-                                   sideOfLine(0, 0, 1, 0, 2, 0)}), (std::vector<int32_t>{1, -1, 0}));
+                                  sideOfLine(0, 0, 1, 0, 2, 0)}),
+            (std::vector<int32_t>{1, -1, 0}));
   double a, b, x[3] = {1, 2, 6}, y[3] = {0, 3, 3};
   using P = std::vector<double>;
   using F = std::function<void()>;
@@ -145,7 +148,8 @@ TEST(VGeom, AnglesLinesNormalsCentres) {
       {[&] { unitNormal(1, 1, 1, 1, a, b); }, {0.0, 0.0}},
       {[&] { circumcentre(0, 0, 2, 0, 0, 2, a, b); }, {1.0, 1.0}},
       {[&] { circumcentre(0, 0, 4, 0, 1, 3, a, b); }, {2.0, 1.0}},  // bisector x = 2, equal distance: y = 1
-      {[&] { meanPoint(x, y, 3, a, b); }, {3.0, 2.0}}, {[&] { meanPoint(x, y, 0, a, b); }, {0.0, 0.0}}};
+      {[&] { meanPoint(x, y, 3, a, b); }, {3.0, 2.0}},
+      {[&] { meanPoint(x, y, 0, a, b); }, {0.0, 0.0}}};
   for (size_t i = 0; i < std::size(pairs); i++) {
     pairs[i].first();
     EXPECT_EQ((P{a, b}), pairs[i].second) << i;
@@ -193,9 +197,11 @@ TEST(VGeom, ResampleLineAndRibbon) {
 }
 
 TEST(VGeom, GeodesyIdwCombinationsRandom) {
-  const struct { double lon, lat; int32_t zone; } zones[] = {
-      {9.5, 45.3, 32}, {147.2, -45.3, -55}, {-180.0, 0.0, 1}, {180.0, 10.0, 1}, {179.9, 1.0, 60},
-      {-3.0, 0.0, 30}, {std::nan(""), 0.0, 0}};
+  const struct {
+    double lon, lat;
+    int32_t zone;
+  } zones[] = {{9.5, 45.3, 32},  {147.2, -45.3, -55}, {-180.0, 0.0, 1},      {180.0, 10.0, 1},
+               {179.9, 1.0, 60}, {-3.0, 0.0, 30},     {std::nan(""), 0.0, 0}};
   for (auto z : zones) EXPECT_EQ(utmZone(z.lon, z.lat), z.zone) << z.lon << " " << z.lat;
   double dLon, dLat;
   metres2Degrees(6378137.0 * 0.01745329, 60.0, dLon, dLat);

@@ -7,11 +7,14 @@ using namespace VCppLib;
 TEST(VTextTable, RemoveComments) {
   const std::pair<const char*, const char*> cases[] = {
       {"a /* b /* c */ d */ e", "a  e"},  // block comments nest
-      {"x <!-- y --> z", "x  z"}, {"a // b\nc", "a \nc"}, {"no comment", "no comment"}, {"", ""},
-      {"a/*b*/", "a"},                      // a block at the very end
-      {"<!--a-->/*b*///c\nd", "\nd"},       // each kind once a step, in order "<!--", "/*", "//"
-      {"<!--a--><!--b-->", "<!--b-->"},     // a second block right behind one of the same kind
-      {"/*a*//*b*/", "/*b*/"}};             // comes through as text
+      {"x <!-- y --> z", "x  z"},
+      {"a // b\nc", "a \nc"},
+      {"no comment", "no comment"},
+      {"", ""},
+      {"a/*b*/", "a"},                   // a block at the very end
+      {"<!--a-->/*b*///c\nd", "\nd"},    // each kind once a step, in order "<!--", "/*", "//"
+      {"<!--a--><!--b-->", "<!--b-->"},  // a second block right behind one of the same kind
+      {"/*a*//*b*/", "/*b*/"}};          // comes through as text
   for (auto [in, out] : cases) EXPECT_EQ(removeComments(in), out) << in;
   for (const char* in : {"a // b", "a /* b", "a /* b /* c */", "<!-- x"})
     EXPECT_VEXCEPTION(removeComments(in), "Unmatched comment block. ");
@@ -33,7 +36,8 @@ TEST(VTextTable, SkipCommentBlockAndDelimiter) {
 
   // candidates in their own order
   EXPECT_EQ(std::string() + detectDelimiter("1;2 3", " ;") + detectDelimiter("1;2 3", ";") +
-                detectDelimiter("1,2", "\t;,"), " ;,");
+                detectDelimiter("1,2", "\t;,"),
+            " ;,");
   for (auto [text, cands] : {std::pair{"123", ",;"}, {"1,2", ""}, {"", ","}})
     EXPECT_VEXCEPTION(detectDelimiter(text, cands), "Delimiter could not be detected.");
 }
@@ -55,12 +59,16 @@ TEST(VTextTable, ReadXYZ) {
   EXPECT_TRUE(header == (std::vector<std::string>{"x", "y", "z"}) && z == (V{3}));
   EXPECT_EQ(read("1,2,3\n4,5,6\n7,8\n9,10,11\n", ","), 2);  // a short row ends the reading
   EXPECT_EQ(x, (V{1, 4}));
-  EXPECT_EQ(read("1;2;3", ";"), 1);  // no line end at all
+  EXPECT_EQ(read("1;2;3", ";"), 1);    // no line end at all
   EXPECT_EQ(read("1%2%3\n", "%"), 1);  // a "%" in the delimiter is taken literally
   // An empty file is readable: its first line is empty, a header of one empty name, no rows.
   EXPECT_EQ(read("", " "), 0);
   EXPECT_EQ(header, (std::vector<std::string>{""}));
-  EXPECT_EQ(read(std::string("\0\xff\x10\n\x80" "a\0", 7), " "), 0);  // garbage
+  EXPECT_EQ(read(std::string("\0\xff\x10\n\x80"
+                             "a\0",
+                             7),
+                 " "),
+            0);  // garbage
   EXPECT_EQ(header.size(), 1u);
   EXPECT_EQ(readXYZ(dir.file("missing.xyz"), x, y, z, header, " "), -1);
 }

@@ -13,7 +13,8 @@ TEST(VXml, WrapAndElements) {
   // A text literal must not fall to the bool overload.
   EXPECT_EQ(xmlElement("n", "5", "\t"), "\t<n>5</n>\n");
   EXPECT_EQ(xmlElement("n", std::string("5")), "<n>5</n>\n");
-  EXPECT_EQ(xmlElement("flag", true, "  ") + xmlElement("flag", false), "  <flag>true</flag>\n<flag>false</flag>\n");
+  EXPECT_EQ(xmlElement("flag", true, "  ") + xmlElement("flag", false),
+            "  <flag>true</flag>\n<flag>false</flag>\n");
 }
 
 TEST(VXml, FindGetAppendSet) {
@@ -23,13 +24,18 @@ TEST(VXml, FindGetAppendSet) {
   EXPECT_EQ(xmlFindTag("<a><b>1</b></a>", "a/b", len, "/"), 3);
   EXPECT_EQ(len, 4);
   EXPECT_EQ(xmlFindTag("<a></a><b>1</b>", "a/b", len, "/"), -1);  // the child must lie inside the parent
-  struct { const char *text, *path, *delim, *want; } gets[] = {
-      {"<a><b>1</b></a>", "c", "/", ""},  {"<a><b>1</b></a>", "a/b", "/", "1"},
-      {"<a><b>1</b></a>", "a", "/", "<b>1</b>"}, {"<a><b></b></a>", "a/b", "/", ""},
-      {"<c><b>2</b></c><a><b>1</b></a>", "a/b", "/", "1"},
-      {"<a/b>3</a/b>", "a/b", "", "3"},  // an empty delimiter makes the whole path one tag
-      {"<a x=\"1\">v</a>", "a", "/", ""},  // attributes are not matched
-      {"</a><a>", "a", "/", ""}, {"", "a", "/", ""}, {"<a>unclosed", "a", "/", ""}};
+  struct {
+    const char *text, *path, *delim, *want;
+  } gets[] = {{"<a><b>1</b></a>", "c", "/", ""},
+              {"<a><b>1</b></a>", "a/b", "/", "1"},
+              {"<a><b>1</b></a>", "a", "/", "<b>1</b>"},
+              {"<a><b></b></a>", "a/b", "/", ""},
+              {"<c><b>2</b></c><a><b>1</b></a>", "a/b", "/", "1"},
+              {"<a/b>3</a/b>", "a/b", "", "3"},    // an empty delimiter makes the whole path one tag
+              {"<a x=\"1\">v</a>", "a", "/", ""},  // attributes are not matched
+              {"</a><a>", "a", "/", ""},
+              {"", "a", "/", ""},
+              {"<a>unclosed", "a", "/", ""}};
   for (const auto& g : gets) EXPECT_EQ(xmlGetValue(g.text, g.path, g.delim), g.want) << g.text;
   EXPECT_EQ(xmlAppendToValue("<a><b>1</b></a>", "a/b", "2", "/"), "<a><b>12</b></a>");
   EXPECT_EQ(xmlAppendToValue("<a>x</a>", "a", "<c>y</c>"), "<a>x<c>y</c></a>");

@@ -41,9 +41,9 @@ struct SmallModel {
   static constexpr int non = 8, noe = 4, nol = 3, cells = 9, nt = 3;
   static constexpr int64_t startDT = 1262304000;  // 2010-01-01 00:00:00
   static constexpr double dt = 3600.0;
-  static const std::vector<double> x, y;       // node coordinates
-  static const std::vector<int> nodeType;      // as stored: 1 on the open boundary, else 99
-  static const std::vector<int> nonpe, en;     // element nodes
+  static const std::vector<double> x, y;    // node coordinates
+  static const std::vector<int> nodeType;   // as stored: 1 on the open boundary, else 99
+  static const std::vector<int> nonpe, en;  // element nodes
   static const std::vector<double> vorX, vorY, bathy, dz;
   static const std::vector<int> ebli, botlayerIdx, enol;
   static const std::vector<double> layerDepth;

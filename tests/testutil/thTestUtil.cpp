@@ -56,7 +56,8 @@ void ncgen(const std::string& cdl, const std::string& ncPath, const std::string&
   std::string cdlPath = ncPath + ".cdl";
   writeText(cdlPath, cdl);
   std::string out;
-  int rc = runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + ncPath + "' '" + cdlPath + "'", &out);
+  int rc =
+      runCommand(std::string(THAL_NCGEN) + " -k " + kind + " -o '" + ncPath + "' '" + cdlPath + "'", &out);
   ASSERT_EQ(rc, 0) << "ncgen failed (" << kind << "): " << out;
 }
 

@@ -84,27 +84,27 @@ inline ::testing::AssertionResult near(const std::vector<double>& got, const std
 }  // namespace thTest
 
 // Checks that a statement throws VCppLib::VException whose message is exactly `msg`.
-#define EXPECT_VEXCEPTION(stmt, msg)                                                 \
-  do {                                                                                \
-    bool thrown_ = false;                                                             \
-    try {                                                                             \
-      stmt;                                                                           \
-    } catch (const VCppLib::VException& e_) {                                         \
-      thrown_ = true;                                                                 \
-      EXPECT_EQ(e_.message, std::string(msg));                                        \
-    }                                                                                 \
-    EXPECT_TRUE(thrown_) << "expected VException \"" << (msg) << "\" from " #stmt;    \
+#define EXPECT_VEXCEPTION(stmt, msg)                                               \
+  do {                                                                             \
+    bool thrown_ = false;                                                          \
+    try {                                                                          \
+      stmt;                                                                        \
+    } catch (const VCppLib::VException& e_) {                                      \
+      thrown_ = true;                                                              \
+      EXPECT_EQ(e_.message, std::string(msg));                                     \
+    }                                                                              \
+    EXPECT_TRUE(thrown_) << "expected VException \"" << (msg) << "\" from " #stmt; \
   } while (0)
 
 // Checks that a statement throws VCppLib::VException whose message contains `part`.
-#define EXPECT_VEXCEPTION_HAS(stmt, part)                                            \
-  do {                                                                                \
-    bool thrown_ = false;                                                             \
-    try {                                                                             \
-      stmt;                                                                           \
-    } catch (const VCppLib::VException& e_) {                                         \
-      thrown_ = true;                                                                 \
-      EXPECT_NE(e_.message.find(part), std::string::npos) << e_.message;              \
-    }                                                                                 \
+#define EXPECT_VEXCEPTION_HAS(stmt, part)                                                      \
+  do {                                                                                         \
+    bool thrown_ = false;                                                                      \
+    try {                                                                                      \
+      stmt;                                                                                    \
+    } catch (const VCppLib::VException& e_) {                                                  \
+      thrown_ = true;                                                                          \
+      EXPECT_NE(e_.message.find(part), std::string::npos) << e_.message;                       \
+    }                                                                                          \
     EXPECT_TRUE(thrown_) << "expected VException containing \"" << (part) << "\" from " #stmt; \
   } while (0)

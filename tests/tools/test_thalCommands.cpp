@@ -52,7 +52,10 @@ TEST_F(SampleRun, InfoReportsItemsTimeAxisAndMesh) {
   EXPECT_TRUE(r.err.empty());
   // The mouth is one cross-section of 15 nodes.
   const std::string parts[] = {
-      "Filename:\t" + run() + "\n", "Format:\tNC\n", "\ttemperature\t3-D\t", "\tsalinity\t3-D\t",
+      "Filename:\t" + run() + "\n",
+      "Format:\tNC\n",
+      "\ttemperature\t3-D\t",
+      "\tsalinity\t3-D\t",
       "\televation\t2-D\t3360 values per timestep\n",
       "48 timesteps from 2024-06-01 00:00:00 to 2024-06-02 23:00:00, every 3600 s\n",
       "1815 nodes, 3360 elements (3360 triangles, 0 quadrilaterals), projection UTM32\n",
@@ -106,18 +109,21 @@ TEST_F(SampleRun, ProfileListsTheColumnFromTheSurfaceDown) {
   for (double edge : edges) cells += rf.mInfo.elemBathy[e] > edge;
 
   Result byStep = thal("profile " + quoted(run()) + " --item temperature --time 15 --at " + point(x, y));
-  Result byDate = thal("profile " + quoted(run()) + " --item temperature --time '2024-06-01 15:00:00' --at " + point(x, y));
+  Result byDate = thal("profile " + quoted(run()) + " --item temperature --time '2024-06-01 15:00:00' --at " +
+                       point(x, y));
   ASSERT_EQ(byStep.status, 0) << byStep.err;
   EXPECT_EQ(byDate.out, byStep.out);
   std::vector<std::string> l = lines(byStep.out);
   ASSERT_EQ(l.size(), cells + 1);
   ASSERT_GE(cells, 4u);
   EXPECT_EQ(l[0], "datetime,layer,depth,temperature");
-  const char* starts[] = {"2024-06-01 15:00:00,19,0.5,", "2024-06-01 15:00:00,18,1.5,", "2024-06-01 15:00:00,17,2.75,"};
+  const char* starts[] = {"2024-06-01 15:00:00,19,0.5,", "2024-06-01 15:00:00,18,1.5,",
+                          "2024-06-01 15:00:00,17,2.75,"};
   const double depths[] = {0.5, 1.5, 2.75};
   for (int k = 0; k < 3; ++k) {
     EXPECT_EQ(l[k + 1].substr(0, std::string(starts[k]).size()), starts[k]);
-    EXPECT_NEAR(lastField(l[k + 1]), sampleTemperature(x, depths[k], 15 * 3600.0, rf.mInfo.elemBathy[e]), 1e-5);
+    EXPECT_NEAR(lastField(l[k + 1]), sampleTemperature(x, depths[k], 15 * 3600.0, rf.mInfo.elemBathy[e]),
+                1e-5);
   }
   // Temperature falls with depth all the way down.
   for (size_t k = 2; k < l.size(); ++k) EXPECT_LT(lastField(l[k]), lastField(l[k - 1])) << l[k];
@@ -126,7 +132,8 @@ TEST_F(SampleRun, ProfileListsTheColumnFromTheSurfaceDown) {
 TEST_F(SampleRun, PaintDrawsTheSurfaceTemperatureWithItsLegend) {
   thTest::TempDir out;
   const std::string png = out.file("t.png");
-  Result r = thal("paint " + quoted(run()) + " --item temperature --time 12 --layer 19 --size 400x300 --range 5:17 -o " + quoted(png));
+  Result r = thal("paint " + quoted(run()) +
+                  " --item temperature --time 12 --layer 19 --size 400x300 --range 5:17 -o " + quoted(png));
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("Wrote " + png), std::string::npos);
   int32_t w = 0, h = 0;
@@ -162,10 +169,16 @@ TEST_F(SampleRun, PaintDrawsTheSurfaceTemperatureWithItsLegend) {
 
   // A date names the same timestep; a layer deep down leaves the shallow columns out.
   const std::string byDate = out.file("d.png");
-  ASSERT_EQ(thal("paint " + quoted(run()) + " --item temperature --time '2024-06-01 12:00:00' --layer 19 --size 400x300 --range 5:17 -o " + quoted(byDate)).status, 0);
+  ASSERT_EQ(
+      thal("paint " + quoted(run()) +
+           " --item temperature --time '2024-06-01 12:00:00' --layer 19 --size 400x300 --range 5:17 -o " +
+           quoted(byDate))
+          .status,
+      0);
   EXPECT_EQ(thTest::readText(byDate), thTest::readText(png));
   const std::string deepLayer = out.file("deep.png");
-  Result d = thal("paint " + quoted(run()) + " --item salinity --time 3 --layer 5 --size 400x300 -o " + quoted(deepLayer));
+  Result d = thal("paint " + quoted(run()) + " --item salinity --time 3 --layer 5 --size 400x300 -o " +
+                  quoted(deepLayer));
   ASSERT_EQ(d.status, 0) << d.err;
   std::vector<int32_t> dp = thTest::readPng(deepLayer, w, h);
   EXPECT_GT(std::count(dp.begin(), dp.end(), static_cast<int32_t>(0xFFA89F8E)), 1000);  // sea bed

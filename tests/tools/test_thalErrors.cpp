@@ -31,24 +31,30 @@ TEST(ThalErrors, CommandLineMistakes) {
   expectFailure(thal("draw x.nc"), "Unknown command 'draw'; 'thal --help' lists the commands.");
   expectFailure(thal("info x.nc --colour red"), "Unknown option --colour for 'thal info'.");
   expectFailure(thal("info x.nc --level"), "The option --level needs a value.");
-  expectFailure(thal("series a.nc b.nc --item x --at 1,2"), "Usage: thal series FILE --item NAME --at X,Y [--layer L]");
+  expectFailure(thal("series a.nc b.nc --item x --at 1,2"),
+                "Usage: thal series FILE --item NAME --at X,Y [--layer L]");
   expectFailure(thal("paint /no/such/run.nc --item t --time 0"), "'thal paint' needs the option -o.");
 }
 
 TEST(ThalErrors, FilesThatCannotBeRead) {
   thTest::TempDir d;
-  expectFailure(thal("info " + quoted(d.file("missing.nc"))), "No such file: '" + d.file("missing.nc") + "'.");
+  expectFailure(thal("info " + quoted(d.file("missing.nc"))),
+                "No such file: '" + d.file("missing.nc") + "'.");
   expectFailure(thal("info " + quoted(d.path())), "'" + d.path() + "' is a folder, not a file.");
   thTest::writeText(d.file("empty.nc"), "");
-  expectFailureHas(thal("info " + quoted(d.file("empty.nc"))), "Cannot read the result file '" + d.file("empty.nc") + "': ");
+  expectFailureHas(thal("info " + quoted(d.file("empty.nc"))),
+                   "Cannot read the result file '" + d.file("empty.nc") + "': ");
   thTest::writeText(d.file("garbage.nc"), std::string(5000, 'x'));
-  expectFailureHas(thal("info " + quoted(d.file("garbage.nc"))), "Cannot read the result file '" + d.file("garbage.nc") + "': ");
+  expectFailureHas(thal("info " + quoted(d.file("garbage.nc"))),
+                   "Cannot read the result file '" + d.file("garbage.nc") + "': ");
   thTest::writeText(d.file("notes.txt"), "hello\n");
   expectFailure(thal("info " + quoted(d.file("notes.txt"))),
-                "Cannot read the result file '" + d.file("notes.txt") + "': str2fileFmtEnum: invalid format definition (TXT).");
+                "Cannot read the result file '" + d.file("notes.txt") +
+                    "': str2fileFmtEnum: invalid format definition (TXT).");
   expectFailureHas(thal("paint-bathy " + quoted(d.file("garbage.nc")) + " -o " + quoted(d.file("b.png"))),
                    "Cannot read the bathymetry '" + d.file("garbage.nc") + "': ");
-  expectFailure(thal("sample /dev/null/sample"), "Cannot make the folder '/dev/null/sample': Not a directory.");
+  expectFailure(thal("sample /dev/null/sample"),
+                "Cannot make the folder '/dev/null/sample': Not a directory.");
 }
 
 TEST_F(SampleRun, WrongItemsTimesLayersAndPoints) {
@@ -65,20 +71,23 @@ TEST_F(SampleRun, WrongItemsTimesLayersAndPoints) {
                     ", 48 timesteps from 2024-06-01 00:00:00 to 2024-06-02 23:00:00.");
   expectFailure(thal("paint " + f + " --item temperature --time noon -o " + png),
                 "The time 'noon' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS.");
-  expectFailure(thal("paint " + f + " --item temperature --time 0 --layer 20 -o " + png),
-                "Layer 20 is out of range: " + name +
-                    " has layers 0 (bottom) to 19 (surface); -1 is each element's bottom cell and 999 its top cell.");
+  expectFailure(
+      thal("paint " + f + " --item temperature --time 0 --layer 20 -o " + png),
+      "Layer 20 is out of range: " + name +
+          " has layers 0 (bottom) to 19 (surface); -1 is each element's bottom cell and 999 its top cell.");
   expectFailure(thal("paint " + f + " --item temperature --time 0 --palette plaid -o " + png),
                 "Unknown palette 'plaid'; the palettes are turbo, viridis, deep, balance, gray.");
   expectFailure(thal("paint " + f + " --item temperature --time 0 --size 400 -o " + png),
                 "The size '400' is not of the form WIDTHxHEIGHT.");
   expectFailure(thal("paint " + f + " --item temperature --time 0 --range 9:3 -o " + png),
                 "The range '9:3' needs MIN below MAX.");
-  expectFailureHas(thal("paint " + f + " --item temperature --time 0 -o " + quoted(d.file("no/such/dir/x.png"))),
-                   "Cannot write the picture '" + d.file("no/such/dir/x.png") + "': ");
+  expectFailureHas(
+      thal("paint " + f + " --item temperature --time 0 -o " + quoted(d.file("no/such/dir/x.png"))),
+      "Cannot write the picture '" + d.file("no/such/dir/x.png") + "': ");
   expectFailure(thal("series " + f + " --item elevation --at 0,0"),
                 "The point (0, 0) lies outside the mesh of " + name + ".");
-  expectFailure(thal("series " + f + " --item elevation --at 500000"), "The point '500000' is not of the form X,Y.");
+  expectFailure(thal("series " + f + " --item elevation --at 500000"),
+                "The point '500000' is not of the form X,Y.");
   expectFailure(thal("profile " + f + " --item elevation --at 1,1 --time 0"),
                 "Item 'elevation' is a 2-D item; a profile needs a 3-D item.");
   expectFailureHas(thal("paint-bathy " + f + " -o " + png), "Cannot read the bathymetry ");
@@ -91,7 +100,8 @@ TEST_F(SampleRun, WrongItemsTimesLayersAndPoints) {
   const std::string at = point(g.exCoor[shallow], g.eyCoor[shallow]);
   const std::string layers = std::to_string(rf.mInfo.ebli[shallow]) + " (bottom) to 19 (surface).";
   expectFailure(thal("series " + f + " --item temperature --layer 2 --at " + at),
-                "Layer 2 is out of range: element " + std::to_string(shallow) + " of " + name + " has layers " + layers);
+                "Layer 2 is out of range: element " + std::to_string(shallow) + " of " + name +
+                    " has layers " + layers);
 }
 
 TEST_F(SampleRun, TruncatedAndDamagedRunsFailCleanly) {
@@ -102,7 +112,8 @@ TEST_F(SampleRun, TruncatedAndDamagedRunsFailCleanly) {
   const std::string whole = thTest::readText(run());
   for (size_t keep : {size_t(8), size_t(2000), whole.size() / 2, whole.size() - 1}) {
     thTest::writeText(cut, whole.substr(0, keep));
-    expectFailureHas(thal("series " + quoted(cut) + " --item elevation --at " + at), "Cannot read the result file");
+    expectFailureHas(thal("series " + quoted(cut) + " --item elevation --at " + at),
+                     "Cannot read the result file");
   }
   // Data blocks overwritten in the middle of the file: a series that meets them ends in one
   // line, and never in made-up values.

@@ -16,14 +16,24 @@ using thTest::SmallModel;
 void expectSameModel(const thResultFile& a, const thResultFile& b) {
   const thalmod::thModelInfo &m = a.mInfo, &n = b.mInfo;
   const thalmod::thMesh2D &g = m.mesh2d, &h = n.mesh2d;
-  EXPECT_EQ(std::tie(m.startDT, m.dt, m.modelType, m.flavor, m.layerType, m.topDepth, m.nol, m.cells, g.projection),
-            std::tie(n.startDT, n.dt, n.modelType, n.flavor, n.layerType, n.topDepth, n.nol, n.cells, h.projection));
+  EXPECT_EQ(
+      std::tie(m.startDT, m.dt, m.modelType, m.flavor, m.layerType, m.topDepth, m.nol, m.cells, g.projection),
+      std::tie(n.startDT, n.dt, n.modelType, n.flavor, n.layerType, n.topDepth, n.nol, n.cells,
+               h.projection));
   EXPECT_EQ(std::tie(a.itemNameVec, a.itemLengthVec), std::tie(b.itemNameVec, b.itemLengthVec));
-  auto same = [](const auto* p, const auto* q, int32_t len) { EXPECT_TRUE(p && q && std::equal(p, p + len, q)); };
-  for (auto [p, q, len] : {std::tuple{m.dz, n.dz, m.nol}, {m.elemBathy, n.elemBathy, g.noe}, {g.nxCoor, h.nxCoor, g.non},
-                           {g.nyCoor, h.nyCoor, g.non}, {g.eVoronoiX, h.eVoronoiX, g.noe}, {g.eVoronoiY, h.eVoronoiY, g.noe}})
+  auto same = [](const auto* p, const auto* q, int32_t len) {
+    EXPECT_TRUE(p && q && std::equal(p, p + len, q));
+  };
+  for (auto [p, q, len] : {std::tuple{m.dz, n.dz, m.nol},
+                           {m.elemBathy, n.elemBathy, g.noe},
+                           {g.nxCoor, h.nxCoor, g.non},
+                           {g.nyCoor, h.nyCoor, g.non},
+                           {g.eVoronoiX, h.eVoronoiX, g.noe},
+                           {g.eVoronoiY, h.eVoronoiY, g.noe}})
     same(p, q, len);
-  for (auto [p, q, len] : {std::tuple{m.enol, n.enol, g.noe}, {g.nt, h.nt, g.non}, {g.nonpe, h.nonpe, g.noe},
+  for (auto [p, q, len] : {std::tuple{m.enol, n.enol, g.noe},
+                           {g.nt, h.nt, g.non},
+                           {g.nonpe, h.nonpe, g.noe},
                            {g.en, h.en, g.nevf}})
     same(p, q, len);
 }
@@ -56,7 +66,8 @@ TEST(ThalConvert, NcToEmbAndBackKeepsModelItemsAndEveryValueButNotOtherFormats) 
   const std::string nc = d.file("run.nc"), emb = d.file("run.emb"), back = d.file("back.nc");
   thTest::writeSmallModelNc(nc);
   Result toEmb = convert(nc, emb);
-  EXPECT_EQ(toEmb.out.rfind("Wrote " + emb + " (EMB): 2 items, 3 timesteps from ", 0), 0u) << toEmb.out << toEmb.err;
+  EXPECT_EQ(toEmb.out.rfind("Wrote " + emb + " (EMB): 2 items, 3 timesteps from ", 0), 0u)
+      << toEmb.out << toEmb.err;
   ASSERT_EQ(convert(emb, back).status, 0);
   thResultFile source(nc, -1), viaEmb(emb, -1), again(back, -1);
   for (thResultFile* rf : {&viaEmb, &again}) {
@@ -72,7 +83,8 @@ TEST(ThalConvert, NcToEmbAndBackKeepsModelItemsAndEveryValueButNotOtherFormats) 
   const std::pair<std::string, std::string> cases[] = {
       {d.file("run.txt"), "Cannot write '" + d.file("run.txt") + formats},
       {d.file("run.restart"), "Cannot write '" + d.file("run.restart") + formats},
-      {nc, "The output '" + nc + itself}, {sameFile, "The output '" + sameFile + itself}};
+      {nc, "The output '" + nc + itself},
+      {sameFile, "The output '" + sameFile + itself}};
   for (const auto& [out, message] : cases) EXPECT_EQ(convert(nc, out).err, "thal: " + message + "\n");
 }
 
@@ -88,10 +100,13 @@ TEST(ThalConvert, FollowsTheCaretFilesOfAnEmbRun) {
   expectSmallModelValues(rf, 6);
   EXPECT_EQ(infoBody(split), infoBody(joined));
   Result series = thal("series " + quoted(split) + " --item elev --at 50,50");
-  EXPECT_EQ(series.out, "datetime,elev\n2010-01-01 00:00:00,0\n2010-01-01 01:00:00,1\n2010-01-01 02:00:00,2\n"
-                        "2010-01-01 03:00:00,3\n2010-01-01 04:00:00,4\n2010-01-01 05:00:00,5\n") << series.err;
-  EXPECT_EQ(convert(split1, split).err, "thal: Writing '" + split + "' would overwrite '" + split1 + "', a file of the input '" +
-                                           split1 + "'; give the converted file another name.\n");
+  EXPECT_EQ(series.out,
+            "datetime,elev\n2010-01-01 00:00:00,0\n2010-01-01 01:00:00,1\n2010-01-01 02:00:00,2\n"
+            "2010-01-01 03:00:00,3\n2010-01-01 04:00:00,4\n2010-01-01 05:00:00,5\n")
+      << series.err;
+  EXPECT_EQ(convert(split1, split).err, "thal: Writing '" + split + "' would overwrite '" + split1 +
+                                            "', a file of the input '" + split1 +
+                                            "'; give the converted file another name.\n");
 
   // A last file cut short fails the conversion and leaves no output behind.
   thTest::truncateFile(split1, thTest::readText(split1).size() - 4);
@@ -103,14 +118,19 @@ TEST(ThalConvert, FollowsTheCaretFilesOfAnEmbRun) {
 TEST(ThalFormats, TextTablesGoToInfoAndSeries) {
   thTest::TempDir d;
   const std::string t0 = d.file("p.text0d"), t1 = d.file("p.text1d");
-  thTest::writeText(t0, "DateTime\tTemp\tSalt\n2024-06-01 00:00:00\t10.5\t30\n"
-                        "2024-06-01 01:00:00\t11\t\n2024-06-01 02:00:00\t11.5,31\n");
-  thTest::writeText(t1, "DateTime\tTemp\n2024-06-01 00:00:00\t10.5\n2024-06-01 00:00:00\t9.5\n2024-06-01 06:00:00\t11\n");
+  thTest::writeText(t0,
+                    "DateTime\tTemp\tSalt\n2024-06-01 00:00:00\t10.5\t30\n"
+                    "2024-06-01 01:00:00\t11\t\n2024-06-01 02:00:00\t11.5,31\n");
+  thTest::writeText(
+      t1, "DateTime\tTemp\n2024-06-01 00:00:00\t10.5\n2024-06-01 00:00:00\t9.5\n2024-06-01 06:00:00\t11\n");
   const std::string info0 = thal("info " + quoted(t0)).out, info1 = thal("info " + quoted(t1)).out;
   EXPECT_NE(info0.find("Item kinds:\n\tTemp\ttable column\n\tSalt\ttable column\n"
-                       "Time stamps:\t3 from 2024-06-01 00:00:00 to 2024-06-01 02:00:00\nMesh:\tnone\n"), std::string::npos);
-  EXPECT_NE(info1.find("Time stamps:\t2 from 2024-06-01 00:00:00 to 2024-06-01 06:00:00\nMesh:\tnone\n"), std::string::npos);
-  EXPECT_EQ(thal("series " + quoted(t0) + " --item Salt").out, "datetime,Salt\n2024-06-01 00:00:00,30\n2024-06-01 02:00:00,31\n");
+                       "Time stamps:\t3 from 2024-06-01 00:00:00 to 2024-06-01 02:00:00\nMesh:\tnone\n"),
+            std::string::npos);
+  EXPECT_NE(info1.find("Time stamps:\t2 from 2024-06-01 00:00:00 to 2024-06-01 06:00:00\nMesh:\tnone\n"),
+            std::string::npos);
+  EXPECT_EQ(thal("series " + quoted(t0) + " --item Salt").out,
+            "datetime,Salt\n2024-06-01 00:00:00,30\n2024-06-01 02:00:00,31\n");
 }
 
 }  // namespace

@@ -36,10 +36,11 @@ TEST(ThalMesh, InfoAndConvert) {
   thTest::writeText(d.file("model.mesh"), thTest::smallModelMeshText());
   Result r = thal("mesh info " + quoted(d.file("model.mesh")));
   ASSERT_EQ(r.status, 0) << r.err;
-  for (const char* want : {"\nNodes:\t15\n", "\nElements:\t8 (0 triangles, 8 quadrilaterals)\n",
-                           "\nFaces:\t22 (10 inner, 4 open boundary, 8 closed)\n", "\nExtent:\tx 0 to 400, y 0 to 200\n",
-                           "\nOpen boundaries:\t2\n\tboundary 1: 2 faces\n\tboundary 2: 2 faces\n", "\nOrthogonal:\tyes\n",
-                           "\nFaces off by more than 5 degrees:\t0 of 10 inner faces\n", ": 90.00 degrees\n"})
+  for (const char* want :
+       {"\nNodes:\t15\n", "\nElements:\t8 (0 triangles, 8 quadrilaterals)\n",
+        "\nFaces:\t22 (10 inner, 4 open boundary, 8 closed)\n", "\nExtent:\tx 0 to 400, y 0 to 200\n",
+        "\nOpen boundaries:\t2\n\tboundary 1: 2 faces\n\tboundary 2: 2 faces\n", "\nOrthogonal:\tyes\n",
+        "\nFaces off by more than 5 degrees:\t0 of 10 inner faces\n", ": 90.00 degrees\n"})
     EXPECT_NE(r.out.find(want), std::string::npos) << want << r.out;
 
   // text -> binary -> text is the mesh that text -> text gives
@@ -60,25 +61,36 @@ TEST(ThalMesh, OptimiseProjectMerge) {
   for (int i = 0; i < j.non; i++)
     if (j.nt[i] == 0) j.nxCoor[i] += u(rng), j.nyCoor[i] += u(rng);
   thTest::writeText(d.file("j.mesh"), j.toString());
-  Result r = thal("mesh optimise " + quoted(d.file("j.mesh")) + " " + quoted(d.file("o.mesh")) + " --passes 4");
+  Result r =
+      thal("mesh optimise " + quoted(d.file("j.mesh")) + " " + quoted(d.file("o.mesh")) + " --passes 4");
   ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_LT(tableValue(r.out, "Largest face deviation, degrees", 1), tableValue(r.out, "Largest face deviation, degrees", 0));
+  EXPECT_LT(tableValue(r.out, "Largest face deviation, degrees", 1),
+            tableValue(r.out, "Largest face deviation, degrees", 0));
   thMesh2D o = readBack(d.file("o.mesh"));
-  for (int i = 0; i < o.non; i++) EXPECT_TRUE(j.nt[i] == 0 || (o.nxCoor[i] == j.nxCoor[i] && o.nyCoor[i] == j.nyCoor[i])) << i;
+  for (int i = 0; i < o.non; i++)
+    EXPECT_TRUE(j.nt[i] == 0 || (o.nxCoor[i] == j.nxCoor[i] && o.nyCoor[i] == j.nyCoor[i])) << i;
 
   // x 500000 is the central meridian of zone 32; back in UTM within the series' metre
-  ASSERT_EQ(thal("mesh project " + quoted(d.file("j.mesh")) + " " + quoted(d.file("ll.mesh")) + " --to lonlat").status, 0);
+  ASSERT_EQ(
+      thal("mesh project " + quoted(d.file("j.mesh")) + " " + quoted(d.file("ll.mesh")) + " --to lonlat")
+          .status,
+      0);
   EXPECT_NEAR(readBack(d.file("ll.mesh")).nxCoor[0], 9.0, 1e-9);
-  r = thal("mesh project " + quoted(d.file("ll.mesh")) + " " + quoted(d.file("u.emb")) + " --projection LONLAT --to utm32");
+  r = thal("mesh project " + quoted(d.file("ll.mesh")) + " " + quoted(d.file("u.emb")) +
+           " --projection LONLAT --to utm32");
   ASSERT_EQ(r.status, 0) << r.err;
   thMesh2D back = readBack(d.file("u.emb"));
-  for (int i = 0; i < j.non; i++) EXPECT_NEAR(std::hypot(back.nxCoor[i] - j.nxCoor[i], back.nyCoor[i] - j.nyCoor[i]), 0, 1.5);
+  for (int i = 0; i < j.non; i++)
+    EXPECT_NEAR(std::hypot(back.nxCoor[i] - j.nxCoor[i], back.nyCoor[i] - j.nyCoor[i]), 0, 1.5);
 
   thTest::writeText(d.file("l.mesh"), thTest::gridMeshText(1, 1));
   thTest::writeText(d.file("r.mesh"), thTest::gridMeshText(1, 1, 1, 1, false, 0, 0, 1));
-  r = thal("mesh merge " + quoted(d.file("l.mesh")) + " " + quoted(d.file("r.mesh")) + " " + quoted(d.file("m.mesh")));
-  EXPECT_NE(r.out.find(": 6 nodes (2 of the second mesh's nodes joined the first's), 2 elements, inner faces: 1;"),
-            std::string::npos) << r.out << r.err;
+  r = thal("mesh merge " + quoted(d.file("l.mesh")) + " " + quoted(d.file("r.mesh")) + " " +
+           quoted(d.file("m.mesh")));
+  EXPECT_NE(
+      r.out.find(": 6 nodes (2 of the second mesh's nodes joined the first's), 2 elements, inner faces: 1;"),
+      std::string::npos)
+      << r.out << r.err;
   EXPECT_EQ(readBack(d.file("m.mesh")).nivf, 1);
 }
 
@@ -87,17 +99,23 @@ TEST(ThalMesh, Mistakes) {
   const std::string a = d.file("a.mesh");
   thTest::writeText(a, utmText);
   const std::pair<std::string, std::string> cases[] = {
-      {"mesh", "Usage: thal mesh info MESH | convert IN OUT | optimise IN OUT [--passes N] [--tri-only] [--even F] | "
-               "project IN OUT --to lonlat|utmNN | merge A B OUT  (each with [--projection P])"},
-      {"mesh draw " + a, "Unknown mesh command 'draw'; it is one of info, convert, optimise, project, merge."},
+      {"mesh",
+       "Usage: thal mesh info MESH | convert IN OUT | optimise IN OUT [--passes N] [--tri-only] [--even F] | "
+       "project IN OUT --to lonlat|utmNN | merge A B OUT  (each with [--projection P])"},
+      {"mesh draw " + a,
+       "Unknown mesh command 'draw'; it is one of info, convert, optimise, project, merge."},
       {"mesh info " + a + " --tri-only", "Unknown option --tri-only for 'thal mesh info'."},
-      {"mesh convert " + a + " x.vtk", "Cannot tell the format of the mesh file 'x.vtk' from its extension; name text "
-                                       "meshes .mesh, .emt or .txt and binary ones .emb, .bmesh or .bin."},
-      {"mesh convert " + a + " " + a, "The output '" + a + "' is the input file '" + a + "'; give the new mesh another name."},
+      {"mesh convert " + a + " x.vtk",
+       "Cannot tell the format of the mesh file 'x.vtk' from its extension; name text "
+       "meshes .mesh, .emt or .txt and binary ones .emb, .bmesh or .bin."},
+      {"mesh convert " + a + " " + a,
+       "The output '" + a + "' is the input file '" + a + "'; give the new mesh another name."},
       {"mesh optimise " + a + " o.mesh --passes -1", "The number of passes '-1' must be 0 or more."},
-      {"mesh project " + a + " p.mesh --to utm61", "The projection 'utm61' is neither LONLAT nor UTM followed by a zone "
-                                                  "of 1 to 60 (UTM32; UTM-33 south of the equator)."},
-      {"mesh project " + a + " p.mesh --to utm32", "The mesh is in UTM32 already (--projection); there is nothing to project."},
+      {"mesh project " + a + " p.mesh --to utm61",
+       "The projection 'utm61' is neither LONLAT nor UTM followed by a zone "
+       "of 1 to 60 (UTM32; UTM-33 south of the equator)."},
+      {"mesh project " + a + " p.mesh --to utm32",
+       "The mesh is in UTM32 already (--projection); there is nothing to project."},
       {"mesh info " + d.file("none.mesh"), "No such file: '" + d.file("none.mesh") + "'."},
   };
   for (const auto& [args, message] : cases) {
@@ -106,7 +124,8 @@ TEST(ThalMesh, Mistakes) {
     EXPECT_EQ(r.err, "thal: " + message + "\n") << args;
   }
   // a library refusal passes through as its sentence
-  EXPECT_NE(thal("mesh project " + a + " p.mesh --to utm40").err.find("thal: toUTM: node 0 at longitude 9,"), std::string::npos);
+  EXPECT_NE(thal("mesh project " + a + " p.mesh --to utm40").err.find("thal: toUTM: node 0 at longitude 9,"),
+            std::string::npos);
 }
 
 }  // namespace

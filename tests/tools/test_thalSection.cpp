@@ -34,7 +34,8 @@ TEST_F(SampleRun, SectionCsvFollowsTheSampleFormulas) {
       EXPECT_EQ(prev, lastElem < 0 ? -1 : m.ebli[lastElem]);  // the one before reached its bottom
       lastDist = dist, lastElem = elem;
     }
-    EXPECT_NEAR(value, sampleTemperature(m.mesh2d.exCoor[elem], depth, 12 * 3600.0, m.elemBathy[elem]), 3e-4) << ls[i];
+    EXPECT_NEAR(value, sampleTemperature(m.mesh2d.exCoor[elem], depth, 12 * 3600.0, m.elemBathy[elem]), 3e-4)
+        << ls[i];
   }
   EXPECT_EQ(layer, m.ebli[lastElem]);
   EXPECT_EQ(lastElem, m.mesh2d.pointElem(508545, 6702004));  // the line ends in its last element
@@ -44,17 +45,19 @@ TEST_F(SampleRun, SectionPictureShowsCellsSeaBedLandAndLegend) {
   thTest::TempDir tmp;
   const std::string png = tmp.file("s.png");
   // across the fjord from bank to bank
-  Result r = thal("section " + quoted(run()) + " --item salinity --line 506254,6702187:507365,6703603 --time 12 " +
-                  "--size 300x150 -o " + quoted(png));
+  Result r =
+      thal("section " + quoted(run()) + " --item salinity --line 506254,6702187:507365,6703603 --time 12 " +
+           "--size 300x150 -o " + quoted(png));
   ASSERT_EQ(r.status, 0) << r.err;
   int32_t w = 0, h = 0;
   std::vector<int32_t> px = thTest::readPng(png, w, h);
   ASSERT_TRUE(w == 300 && h == 150) << w << "x" << h;
-  const int32_t land = static_cast<int32_t>(0xFFD8D2C4), seabed = static_cast<int32_t>(0xFFA89F8E), rows = h - 34;
+  const int32_t land = static_cast<int32_t>(0xFFD8D2C4), seabed = static_cast<int32_t>(0xFFA89F8E),
+                rows = h - 34;
   EXPECT_EQ(px[0], land);                      // the line starts on land...
   EXPECT_EQ(px[rows / 2 * w + w - 1], land);   // ...and ends there
   EXPECT_EQ(px[(rows - 1) * w + 60], seabed);  // the bank under the water, near the shore
-  std::set<int32_t> water;                     // the middle column from the surface down: coloured cells, then the bed
+  std::set<int32_t> water;  // the middle column from the surface down: coloured cells, then the bed
   for (int32_t row = 0; row < rows; ++row) water.insert(px[row * w + w / 2]);
   EXPECT_GT(water.size(), 3u);
   EXPECT_EQ(water.count(land) + water.count(static_cast<int32_t>(0xFFFFFFFF)), 0u);  // nothing unpainted

@@ -25,7 +25,8 @@ inline Result thal(const std::string& args) {
   thTest::TempDir tmp;
   const std::string errFile = tmp.file("stderr.txt");
   Result r;
-  r.status = thTest::runCommand("{ " + std::string(THAL_EXE) + " " + args + " 2>'" + errFile + "'; }", &r.out);
+  r.status =
+      thTest::runCommand("{ " + std::string(THAL_EXE) + " " + args + " 2>'" + errFile + "'; }", &r.out);
   r.err = thTest::readText(errFile);
   return r;
 }
@@ -73,7 +74,8 @@ inline double sampleElevation(double x, double t) {
 }
 inline double sampleTemperature(double x, double z, double t, double bed) {
   double u = std::clamp((x - 500000.0) / 24000.0, 0.0, 1.0);
-  return 7.0 + 6.5 * std::exp(-z / 12) + 1.5 * u * std::exp(-z / 8) + 1.0 * std::exp(-bed / 40) * std::exp(-z / 4) +
+  return 7.0 + 6.5 * std::exp(-z / 12) + 1.5 * u * std::exp(-z / 8) +
+         1.0 * std::exp(-bed / 40) * std::exp(-z / 4) +
          0.8 * std::sin(2 * pi * (t / 86400 - 9.0 / 24)) * std::exp(-z / 2);
 }
 

@@ -28,8 +28,8 @@ int run(const std::string& path) {
   }
   thWrapper::thModelInfoWrapper& mi = *rf.mInfo;
   std::vector<std::string> items = rf.items();
-  std::printf("%s: %d elements, %d layers, %d timesteps from %s; items:", path.c_str(), mi.mesh2d.noe(), mi.nol(),
-              mi.nt(), mi.ts2StrDT(0).c_str());
+  std::printf("%s: %d elements, %d layers, %d timesteps from %s; items:", path.c_str(), mi.mesh2d.noe(),
+              mi.nol(), mi.nt(), mi.ts2StrDT(0).c_str());
   for (const std::string& s : items) std::printf(" %s", s.c_str());
   std::printf("\n");
   // The first item whose values are one per cell, and the deepest element as the place to look.
@@ -40,15 +40,16 @@ int run(const std::string& path) {
   while (item < static_cast<int32_t>(items.size()) && rf.readItemData(item, 0).size() != cells) ++item;
   if (item == static_cast<int32_t>(items.size())) item = 0;
   int32_t last = mi.nt() - 1, top = mi.nol() - 1;
-  std::printf("item %s, element %d (depth %.1f m), timestep %d (%s)\n", items[item].c_str(), elem, bathy[elem], last,
-              mi.ts2StrDT(last).c_str());
+  std::printf("item %s, element %d (depth %.1f m), timestep %d (%s)\n", items[item].c_str(), elem,
+              bathy[elem], last, mi.ts2StrDT(last).c_str());
   if (auto layer = rf.readLayer(item, last, 999)) print("top layer, by element", *layer);
   if (auto column = rf.readItemData(item, last, {elem})) print("profile, bottom up", *column);
   if (auto series = rf.readTimeSeries(item, elem, top)) print("surface series", *series);
   // a section from the element's centre 2 km east, sampled every 250 m at 1, 5 and 20 m
   std::vector<double> ex = mi.mesh2d.exCoor(), ey = mi.mesh2d.eyCoor();
   std::vector<double> d, v, xc, yc;
-  rf.extractSectionCart(item, last, {ex[elem], ex[elem] + 2000}, {ey[elem], ey[elem]}, {1, 5, 20}, 250, d, v, xc, yc);
+  rf.extractSectionCart(item, last, {ex[elem], ex[elem] + 2000}, {ey[elem], ey[elem]}, {1, 5, 20}, 250, d, v,
+                        xc, yc);
   print("section at 1, 5, 20 m, point after point", v, 12);
   return 0;
 }

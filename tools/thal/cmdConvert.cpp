@@ -63,7 +63,8 @@ class InputGuard {
       : in(inName), out(outName) {
     for (const std::string& f : physicalFiles(src)) inputs.insert(identity(f));
     if (identity(out) == identity(in))
-      throw ToolError("The output '" + out + "' is the input file itself; give the converted file another name.");
+      throw ToolError("The output '" + out +
+                      "' is the input file itself; give the converted file another name.");
     check({out});
   }
   void check(const std::vector<std::string>& names) const {
@@ -99,9 +100,13 @@ void describeOutput(thResultFile& src, thResultFile& w, int32_t steps) {
   if (w.format != thalmod::EMB) return;
   // Static items that the reader kept go along; the writer adds its own (mesh, depths, layers).
   for (thalmod::staticItem& s : src.staticItems) {
-    if (s.typeName == "float") w.addStaticItem(s.name, reinterpret_cast<float*>(s.data), s.noValues);
-    else if (s.typeName == "int") w.addStaticItem(s.name, reinterpret_cast<int32_t*>(s.data), s.noValues);
-    else w.addStaticItem(s.name, reinterpret_cast<char*>(s.data), s.noBytes, static_cast<int32_t>(w.staticItems.size()));
+    if (s.typeName == "float")
+      w.addStaticItem(s.name, reinterpret_cast<float*>(s.data), s.noValues);
+    else if (s.typeName == "int")
+      w.addStaticItem(s.name, reinterpret_cast<int32_t*>(s.data), s.noValues);
+    else
+      w.addStaticItem(s.name, reinterpret_cast<char*>(s.data), s.noBytes,
+                      static_cast<int32_t>(w.staticItems.size()));
   }
 }
 
@@ -150,10 +155,12 @@ int cmdConvert(const Args& args) {
   // Writing has no place in the facade: convert reads and writes through the library's own objects.
   auto src = openNativeResult(in);
   if (!src->mInfo.isInit || src->itemNameVec.empty())
-    throw ToolError("'" + in + "' holds no model run with items to convert; convert reads NC, EMB, RESTART and "
+    throw ToolError("'" + in +
+                    "' holds no model run with items to convert; convert reads NC, EMB, RESTART and "
                     "DECOUPLED files.");
   const InputGuard guard(*src, in, out);
-  const bool goesOn = src->format == thalmod::EMB || src->format == thalmod::RESTART || src->format == thalmod::DECOUPLED;
+  const bool goesOn =
+      src->format == thalmod::EMB || src->format == thalmod::RESTART || src->format == thalmod::DECOUPLED;
   const int32_t steps = goesOn ? src->getTotNoTimesteps() : src->mInfo.nt;  // "^" files included
 
   // Made on an empty name, so that the constructor reads nothing, and then named.
@@ -180,8 +187,7 @@ int cmdConvert(const Args& args) {
   }
   std::cout << "Wrote " << out << " (" << thalmod::fileFmtEnum2str(format) << "): " << src->itemNameVec.size()
             << " items, " << timeAxisText(steps, src->mInfo.ts2StrDT(0), src->mInfo.ts2StrDT(steps - 1))
-            << ", " << src->mInfo.mesh2d.noe << " elements, " << src->mInfo.nol
-            << " layers.\n";
+            << ", " << src->mInfo.mesh2d.noe << " elements, " << src->mInfo.nol << " layers.\n";
   if (format == thalmod::EMB && src->format == thalmod::NC)
     std::cout << "EMB holds coordinates, depths and layer thicknesses as float32: those of '" << in
               << "' are rounded to float32 in it.\n";

@@ -50,8 +50,9 @@ int32_t formatOf(const std::string& path) {
   const std::string ext = VCppLib::VStr::toLower(VCppLib::extPart(path));
   if (ext == "mesh" || ext == "emt" || ext == "txt") return 0;
   if (ext == "emb" || ext == "bmesh" || ext == "bin") return 1;
-  throw ToolError("Cannot tell the format of the mesh file '" + path +
-                  "' from its extension; name text meshes .mesh, .emt or .txt and binary ones .emb, .bmesh or .bin.");
+  throw ToolError(
+      "Cannot tell the format of the mesh file '" + path +
+      "' from its extension; name text meshes .mesh, .emt or .txt and binary ones .emb, .bmesh or .bin.");
 }
 
 // LONLAT, or UTM with a zone of 1 to 60 (negative south of the equator), in capitals.
@@ -64,8 +65,9 @@ std::string parseProjection(const std::string& text) {
     const long zone = std::strtol(z.c_str(), &end, 10);
     if (*end == '\0' && zone != 0 && zone >= -60 && zone <= 60) return "UTM" + std::to_string(zone);
   }
-  throw ToolError("The projection '" + text +
-                  "' is neither LONLAT nor UTM followed by a zone of 1 to 60 (UTM32; UTM-33 south of the equator).");
+  throw ToolError(
+      "The projection '" + text +
+      "' is neither LONLAT nor UTM followed by a zone of 1 to 60 (UTM32; UTM-33 south of the equator).");
 }
 
 std::unique_ptr<thMesh2D> readMesh(const std::string& path, const std::string& projection) {
@@ -87,7 +89,8 @@ void writeMesh(thMesh2D& m, const std::string& path, const std::vector<std::stri
   for (const std::string& in : inputs) {
     std::error_code ec;
     if (std::filesystem::equivalent(in, path, ec))
-      throw ToolError("The output '" + path + "' is the input file '" + in + "'; give the new mesh another name.");
+      throw ToolError("The output '" + path + "' is the input file '" + in +
+                      "'; give the new mesh another name.");
   }
   std::string bytes;
   if (fmt == 0) {
@@ -107,10 +110,10 @@ void writeMesh(thMesh2D& m, const std::string& path, const std::vector<std::stri
 // The orthogonality measures of an initialised mesh.
 struct Quality {
   bool orthogonal = false;
-  int32_t facesOff = 0;   // inner faces more than 5 degrees off a right angle to their Voronoi line
+  int32_t facesOff = 0;            // inner faces more than 5 degrees off a right angle to their Voronoi line
   double maxDev = 0, meanDev = 0;  // degrees, over the inner faces
-  int32_t triangles = 0, obtuse = 0;  // triangles, and those with a corner of 90 degrees or more
-  double maxCorner = 0;               // degrees, over all elements
+  int32_t triangles = 0, obtuse = 0;            // triangles, and those with a corner of 90 degrees or more
+  double maxCorner = 0;                         // degrees, over all elements
   std::vector<int32_t> worstFaces, worstElems;  // up to 5 each, worst first
 };
 
@@ -126,7 +129,8 @@ std::vector<int32_t> largest(const std::vector<double>& v, size_t k) {
   return idx;
 }
 
-Quality measure(const thMesh2D& m, std::vector<double>* devs = nullptr, std::vector<double>* corners = nullptr) {
+Quality measure(const thMesh2D& m, std::vector<double>* devs = nullptr,
+                std::vector<double>* corners = nullptr) {
   Quality q;
   q.orthogonal = m.isOrthogonal;
   std::vector<double> d(m.anglesVF, m.anglesVF + std::max(m.nivf, 0));
@@ -175,7 +179,8 @@ void printInfo(thMesh2D& m, const std::string& path, const std::string& projecti
   if (m.non > 0) {
     const auto [x0, x1] = std::minmax_element(m.nxCoor, m.nxCoor + m.non);
     const auto [y0, y1] = std::minmax_element(m.nyCoor, m.nyCoor + m.non);
-    out << "Extent:\tx " << num(*x0) << " to " << num(*x1) << ", y " << num(*y0) << " to " << num(*y1) << "\n";
+    out << "Extent:\tx " << num(*x0) << " to " << num(*x1) << ", y " << num(*y0) << " to " << num(*y1)
+        << "\n";
   }
   out << "Area:\t" << num(m.totArea) << " m2, mean element size " << num(m.meanElemSize) << " m\n";
   out << "Open boundaries:\t" << m.nBnd << "\n";
@@ -185,8 +190,7 @@ void printInfo(thMesh2D& m, const std::string& path, const std::string& projecti
   const Quality q = measure(m, &devs, &corners);
   out << "Orthogonal:\t" << (q.orthogonal ? "yes" : "no") << "\n";
   out << "Faces off by more than 5 degrees:\t" << q.facesOff << " of " << m.nivf << " inner faces\n";
-  out << "Face deviation:\tlargest " << deg(q.maxDev) << " degrees, mean " << deg(q.meanDev)
-      << " degrees\n";
+  out << "Face deviation:\tlargest " << deg(q.maxDev) << " degrees, mean " << deg(q.meanDev) << " degrees\n";
   out << "Triangles with a corner of 90 degrees or more:\t" << q.obtuse << " of " << q.triangles << "\n";
   out << "Worst faces (deviation from a right angle):\n";
   for (int32_t f : q.worstFaces)
@@ -194,8 +198,8 @@ void printInfo(thMesh2D& m, const std::string& path, const std::string& projecti
         << " degrees\n";
   out << "Worst elements (largest corner angle):\n";
   for (int32_t e : q.worstElems)
-    out << "\telement " << e << " at " << num(m.exCoor[e]) << "," << num(m.eyCoor[e]) << ": " << deg(corners[e])
-        << " degrees\n";
+    out << "\telement " << e << " at " << num(m.exCoor[e]) << "," << num(m.eyCoor[e]) << ": "
+        << deg(corners[e]) << " degrees\n";
 }
 
 int meshInfo(const Args& a, const std::string& projection) {
@@ -210,8 +214,8 @@ int meshConvert(const Args& a, const std::string& projection) {
   const std::string in = a.positional[1], out = a.positional[2];
   auto m = readMesh(in, projection);
   writeMesh(*m, out, {in});
-  std::cout << "Wrote " << out << (formatOf(out) == 0 ? " (text)" : " (binary)") << ": " << m->non << " nodes, "
-            << m->noe << " elements.\n";
+  std::cout << "Wrote " << out << (formatOf(out) == 0 ? " (text)" : " (binary)") << ": " << m->non
+            << " nodes, " << m->noe << " elements.\n";
   return 0;
 }
 
@@ -225,7 +229,8 @@ int meshOptimise(const Args& a, const std::string& projection, bool triOnly) {
   const int passes = parseInt(a.get("--passes", "3"), "number of passes");
   if (passes < 0) throw ToolError("The number of passes '" + a.get("--passes", "") + "' must be 0 or more.");
   const double even = parseDouble(a.get("--even", "0"), "factor --even");
-  if (even < 0 || even > 1) throw ToolError("The factor --even '" + a.get("--even", "") + "' must lie between 0 and 1.");
+  if (even < 0 || even > 1)
+    throw ToolError("The factor --even '" + a.get("--even", "") + "' must lie between 0 and 1.");
   formatOf(out);  // a name that cannot be written is found before the work
   auto m = readMesh(in, projection);
   const Quality before = measure(*m);
@@ -302,8 +307,8 @@ int meshMerge(const Args& a, const std::string& projection) {
   const int32_t joined = ma->non + bNodes - r->non;
   std::cout << "Merged " << fa << " (" << ma->non << " nodes, " << ma->noe << " elements) and " << fb << " ("
             << bNodes << " nodes, " << bElems << " elements): " << r->non << " nodes (" << joined
-            << " of the second mesh's nodes joined the first's), " << r->noe << " elements, inner faces: " << r->nivf
-            << "; wrote " << out << ".\n";
+            << " of the second mesh's nodes joined the first's), " << r->noe
+            << " elements, inner faces: " << r->nivf << "; wrote " << out << ".\n";
   return 0;
 }
 
@@ -333,7 +338,8 @@ int cmdMesh(int argc, char** argv) {
   if (sub == "optimise" || sub == "optimize") return meshOptimise(a, projection, triOnly);
   if (sub == "project") return meshProject(a, projection);
   if (sub == "merge") return meshMerge(a, projection);
-  throw ToolError("Unknown mesh command '" + sub + "'; it is one of info, convert, optimise, project, merge.");
+  throw ToolError("Unknown mesh command '" + sub +
+                  "'; it is one of info, convert, optimise, project, merge.");
 }
 
 }  // namespace thTool

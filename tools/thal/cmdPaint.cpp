@@ -89,9 +89,9 @@ std::vector<int32_t> paintLayer(const thWrapper::thMesh2DWrapper& g, const std::
   // The search radius: two element sizes, and never under two pixels, so that no pixel inside
   // the mesh is left without a value.
   const double r = std::max(2.0 * meanElementSpan(g), 2.0 * frame.pixelSize());
-  VCppLib::VDraw::interpPointsOnBitmap(px.data(), py.data(), pv.data(), static_cast<int32_t>(pv.size()), bm, frame.nx,
-                                       frame.ny, colourSteps, frame.xmin, frame.xmax, frame.ymin, frame.ymax, lo, hi,
-                                       colours.data(), colourSteps, r);
+  VCppLib::VDraw::interpPointsOnBitmap(px.data(), py.data(), pv.data(), static_cast<int32_t>(pv.size()), bm,
+                                       frame.nx, frame.ny, colourSteps, frame.xmin, frame.xmax, frame.ymin,
+                                       frame.ymax, lo, hi, colours.data(), colourSteps, r);
   return bitmap;
 }
 
@@ -107,7 +107,8 @@ int cmdPaint(const Args& args) {
   const std::string itemName = rf->items()[item];
   const ItemKind kind = itemKind(*rf, item);
   if (kind == ItemKind::vector)
-    throw ToolError("Item '" + itemName + "' is a plain vector, not a field on the mesh; only 3-D and 2-D items can be painted.");
+    throw ToolError("Item '" + itemName +
+                    "' is a plain vector, not a field on the mesh; only 3-D and 2-D items can be painted.");
   const int32_t ts = parseTime(*rf, args.required("--time"));
   const int32_t layer = kind == ItemKind::item3D ? parsePaintLayer(*rf, args.get("--layer", "top")) : 999;
   const std::vector<int32_t> colours = colourTable(args.get("--palette", "turbo"));
@@ -124,7 +125,8 @@ int cmdPaint(const Args& args) {
     throw ToolError("Cannot read " + what + " of '" + rf->filename() + "'.");
   const std::vector<double>& values = *read;
   if (std::none_of(values.begin(), values.end(), hasValue))
-    throw ToolError("Item '" + itemName + "' has no values in " + layerText(layer) + " at timestep " + std::to_string(ts) + ".");
+    throw ToolError("Item '" + itemName + "' has no values in " + layerText(layer) + " at timestep " +
+                    std::to_string(ts) + ".");
   double lo, hi;
   colourRange(args, values, "", lo, hi);
   const std::vector<int32_t> bitmap = paintLayer(g, values, frame, colours, lo, hi);
@@ -137,7 +139,9 @@ int cmdPaint(const Args& args) {
     for (int32_t col = 0; col < frame.nx; ++col) {
       size_t k = static_cast<size_t>(row) * frame.nx + col;
       int32_t e = owner[k];
-      img.at(col, row) = e < 0 ? landColour : !hasValue(values[e]) ? seabedColour : static_cast<uint32_t>(bitmap[k]);
+      img.at(col, row) = e < 0                  ? landColour
+                         : !hasValue(values[e]) ? seabedColour
+                                                : static_cast<uint32_t>(bitmap[k]);
     }
   drawLegend(img, colours, lo, hi);
   writePng(outPath, img);

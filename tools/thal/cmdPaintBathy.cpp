@@ -15,7 +15,8 @@ namespace thTool {
 
 namespace {
 
-const char* bathyUsage = "thal paint-bathy FILE.nc [--size WxH] [--range MIN:MAX] [--palette NAME] -o OUT.png";
+const char* bathyUsage =
+    "thal paint-bathy FILE.nc [--size WxH] [--range MIN:MAX] [--palette NAME] -o OUT.png";
 
 // The raster as the painter reads it, so that the colour range and the land mask fit the picture.
 thWrapper::bathyGrid readRaster(const std::string& path) {
@@ -54,8 +55,9 @@ Image landMasked(const thWrapper::bathyGrid& g, const MapFrame& f, const std::ve
         // painter's value is not a number: the grid point's own depth is the value.
         if (std::isfinite(v[k]) && x - (g.x0 + gi * g.dx) == 0 && y - (g.y0 + gj * g.dy) == 0) {
           const double index = std::trunc(v[k] * scale - zmin);
-          const int32_t step =
-              !(index > 0) ? 0 : index < colourSteps ? static_cast<int32_t>(index) : colourSteps - 1;
+          const int32_t step = !(index > 0)          ? 0
+                               : index < colourSteps ? static_cast<int32_t>(index)
+                                                     : colourSteps - 1;
           c = static_cast<uint32_t>(colours[step]);
         }
       }

@@ -165,7 +165,8 @@ int cmdSample(const Args& args) {
 
   std::cout << "Wrote " << runPath << ": a fjord of " << fj.nonpe.size() << " triangles, "
             << fjordLayerThickness().size() << " layers, " << fjordTimesteps
-            << " hourly timesteps of temperature, salinity (3-D) and elevation (2-D) from " << fjordStart << ".\n"
+            << " hourly timesteps of temperature, salinity (3-D) and elevation (2-D) from " << fjordStart
+            << ".\n"
             << "Wrote " << rasterPath << ": its bathymetry on a grid of " << raster.x.size() << "x"
             << raster.y.size() << " points, " << rasterSpacing << " m apart.\n";
   if (low.dryColumns > 0) {

@@ -46,10 +46,10 @@ void parseLine(const std::string& text, std::vector<double>& x, std::vector<doub
 
 // The section as the library gives it, and the cells along it.
 struct Section {
-  std::vector<int32_t> ise;                              // element of each stretch, -1 outside the mesh
-  std::vector<double> isd;                               // distance at the end of each stretch
-  std::unique_ptr<thWrapper::thMesh2DWrapper> cells;     // one quadrilateral per crossed cell
-  std::vector<double> values;                            // by quadrilateral
+  std::vector<int32_t> ise;                           // element of each stretch, -1 outside the mesh
+  std::vector<double> isd;                            // distance at the end of each stretch
+  std::unique_ptr<thWrapper::thMesh2DWrapper> cells;  // one quadrilateral per crossed cell
+  std::vector<double> values;                         // by quadrilateral
 };
 
 Section cutSection(thResultFileWrapper& rf, int32_t item, int32_t ts, const std::string& lineText) {
@@ -61,7 +61,8 @@ Section cutSection(thResultFileWrapper& rf, int32_t item, int32_t ts, const std:
     rf.mInfo->mesh2d.sectionIntersections(x, y, e, d);
   } catch (const VCppLib::VException& ex) {  // the library cannot join lines that meet on a face
     throw ToolError("A point of the line " + lineText +
-                    " lies on the edge between two elements; move it a little into one of them (" + ex.message + ").");
+                    " lies on the edge between two elements; move it a little into one of them (" +
+                    ex.message + ").");
   }
   Section s;
   // A line through a node crosses the elements around it over no length: they are left out, so
@@ -130,8 +131,8 @@ Image paintSection(const thWrapper::thModelInfoWrapper& m, const Section& s, int
   const std::vector<int32_t> owner = polygonsOnPixels(f, g.noe(), nonpe.data(), ex.data(), ey.data());
   Image img(w, h + legendHeight, legendBackground);
   for (int32_t col = 0; col < w; ++col) {
-    const size_t c =
-        std::min<size_t>(std::upper_bound(s.isd.begin(), s.isd.end(), f.pixelX(col)) - s.isd.begin(), s.isd.size() - 1);
+    const size_t c = std::min<size_t>(
+        std::upper_bound(s.isd.begin(), s.isd.end(), f.pixelX(col)) - s.isd.begin(), s.isd.size() - 1);
     const int32_t e = s.ise[c];
     for (int32_t row = 0; row < h; ++row) {
       const int32_t q = owner[static_cast<size_t>(row) * w + col];
@@ -139,9 +140,10 @@ Image paintSection(const thWrapper::thModelInfoWrapper& m, const Section& s, int
       const bool value = water && q >= 0 && hasValue(s.values[q]);  // a cell, and not a deleted value
       const double t = value ? (s.values[q] - lo) / (hi - lo) * colourSteps : 0.0;
       img.at(col, row) =
-          e < 0    ? landColour
-          : !value ? seabedColour
-                   : static_cast<uint32_t>(colours[static_cast<size_t>(std::clamp(t, 0.0, colourSteps - 1.0))]);
+          e < 0 ? landColour
+          : !value
+              ? seabedColour
+              : static_cast<uint32_t>(colours[static_cast<size_t>(std::clamp(t, 0.0, colourSteps - 1.0))]);
     }
   }
   drawLegend(img, colours, lo, hi);
@@ -166,7 +168,8 @@ int cmdSection(int argc, char** argv) {
   if (!csv && !args.has("-o")) throw ToolError("'thal section' needs --csv or -o OUT.png.");
   auto rf = openResult(args.positional[0]);
   if (isTextTable(*rf))
-    throw ToolError("'" + rf->filename() + "' is a table without a mesh; a section needs a 3-D item of a result file.");
+    throw ToolError("'" + rf->filename() +
+                    "' is a table without a mesh; a section needs a 3-D item of a result file.");
   const int32_t item = findItem(*rf, args.required("--item"));
   const std::string name = rf->items()[item];
   const ItemKind kind = itemKind(*rf, item);
@@ -187,10 +190,11 @@ int cmdSection(int argc, char** argv) {
   const std::string outPath = args.required("-o");
   writePng(outPath, img);
   // The message goes to standard error when the CSV holds standard output.
-  (csv ? std::cerr : std::cout) << "Wrote " << outPath << " (" << img.width << "x" << img.height << " pixels): " << name
-                                << ", section of " << num(s.isd.back(), 7) << " through " << s.cells->noe() << " cells, "
-                                << rf->mInfo->ts2StrDT(ts) << ", colours from " << legendNumber(lo) << " to "
-                                << legendNumber(hi) << ".\n";
+  (csv ? std::cerr : std::cout) << "Wrote " << outPath << " (" << img.width << "x" << img.height
+                                << " pixels): " << name << ", section of " << num(s.isd.back(), 7)
+                                << " through " << s.cells->noe() << " cells, " << rf->mInfo->ts2StrDT(ts)
+                                << ", colours from " << legendNumber(lo) << " to " << legendNumber(hi)
+                                << ".\n";
   return 0;
 }
 

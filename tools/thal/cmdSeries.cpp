@@ -37,7 +37,8 @@ int32_t elementAt(thResultFileWrapper& rf, const Args& args) {
 int tableSeries(thResultFileWrapper& rf, int32_t item, const Args& args) {
   const std::string name = rf.items()[item];
   if (rf.format() != thalmod::TEXT0D)
-    throw ToolError("'" + rf.filename() + "' is a TEXT1D table of profiles; a series reads TEXT0D tables and result files.");
+    throw ToolError("'" + rf.filename() +
+                    "' is a TEXT1D table of profiles; a series reads TEXT0D tables and result files.");
   if (args.has("--at") || args.has("--layer"))
     throw ToolError("'" + rf.filename() + "' is a table of one point: leave out --at and --layer.");
   std::vector<int64_t> times;
@@ -64,7 +65,8 @@ int cmdSeries(const Args& args) {
   const std::string name = rf->items()[item];
   if (isTextTable(*rf)) return tableSeries(*rf, item, args);
   if (itemKind(*rf, item) == ItemKind::vector)
-    throw ToolError("Item '" + name + "' is a plain vector, not a field on the mesh; a series needs a 3-D or 2-D item.");
+    throw ToolError("Item '" + name +
+                    "' is a plain vector, not a field on the mesh; a series needs a 3-D or 2-D item.");
   const int32_t steps = rf->totNoTimesteps();
   if (steps < 1) throw ToolError("'" + rf->filename() + "' holds no timesteps.");
   const int32_t elem = elementAt(*rf, args);
@@ -93,7 +95,8 @@ int cmdProfile(const Args& args) {
   const std::string name = rf->items()[item];
   const ItemKind kind = itemKind(*rf, item);
   if (isTextTable(*rf))
-    throw ToolError("'" + rf->filename() + "' is a table without a mesh; a profile needs a 3-D item of a result file.");
+    throw ToolError("'" + rf->filename() +
+                    "' is a table without a mesh; a profile needs a 3-D item of a result file.");
   if (kind != ItemKind::item3D)
     throw ToolError("Item '" + name + "' is a " + itemKindName(kind) + " item; a profile needs a 3-D item.");
   const int32_t ts = parseTime(*rf, args.required("--time"));

@@ -1,8 +1,8 @@
 #include "thalArgs.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 namespace thTool {
@@ -18,8 +18,7 @@ Args Args::parse(const std::string& command, int argc, char** argv, int first,
       a.positional.push_back(w);
       continue;
     }
-    if (!allowed.count(w))
-      throw ToolError("Unknown option " + w + " for 'thal " + command + "'.");
+    if (!allowed.count(w)) throw ToolError("Unknown option " + w + " for 'thal " + command + "'.");
     if (i + 1 >= argc) throw ToolError("The option " + w + " needs a value.");
     a.options[w] = argv[++i];
   }
@@ -28,8 +27,7 @@ Args Args::parse(const std::string& command, int argc, char** argv, int first,
 
 const std::string& Args::required(const std::string& name) const {
   auto it = options.find(name);
-  if (it == options.end())
-    throw ToolError("'thal " + command + "' needs the option " + name + ".");
+  if (it == options.end()) throw ToolError("'thal " + command + "' needs the option " + name + ".");
   return it->second;
 }
 
@@ -61,16 +59,14 @@ double parseDouble(const std::string& text, const std::string& what) {
 
 void parsePoint(const std::string& text, double& x, double& y) {
   size_t comma = text.find(',');
-  if (comma == std::string::npos)
-    throw ToolError("The point '" + text + "' is not of the form X,Y.");
+  if (comma == std::string::npos) throw ToolError("The point '" + text + "' is not of the form X,Y.");
   x = parseDouble(text.substr(0, comma), "x coordinate");
   y = parseDouble(text.substr(comma + 1), "y coordinate");
 }
 
 void parseSize(const std::string& text, int& w, int& h) {
   size_t sep = text.find('x');
-  if (sep == std::string::npos)
-    throw ToolError("The size '" + text + "' is not of the form WIDTHxHEIGHT.");
+  if (sep == std::string::npos) throw ToolError("The size '" + text + "' is not of the form WIDTHxHEIGHT.");
   w = parseInt(text.substr(0, sep), "width");
   h = parseInt(text.substr(sep + 1), "height");
   // Beyond this a bitmap stops being a picture and starts being an allocation failure.
@@ -81,8 +77,7 @@ void parseSize(const std::string& text, int& w, int& h) {
 void parseRange(const std::string& text, double& lo, double& hi) {
   // Numbers hold no ':', so the first one separates them, also in "-5:-1".
   size_t sep = text.find(':');
-  if (sep == std::string::npos)
-    throw ToolError("The range '" + text + "' is not of the form MIN:MAX.");
+  if (sep == std::string::npos) throw ToolError("The range '" + text + "' is not of the form MIN:MAX.");
   lo = parseDouble(text.substr(0, sep), "range minimum");
   hi = parseDouble(text.substr(sep + 1), "range maximum");
   if (!(lo < hi)) throw ToolError("The range '" + text + "' needs MIN below MAX.");

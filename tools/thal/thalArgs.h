@@ -18,8 +18,8 @@ class ToolError {
 
 class Args {
  public:
-  std::string command;                       // the subcommand, e.g. "paint"
-  std::vector<std::string> positional;       // words that are not options
+  std::string command;                         // the subcommand, e.g. "paint"
+  std::vector<std::string> positional;         // words that are not options
   std::map<std::string, std::string> options;  // "--item" -> "temperature"; "-o" is stored as "-o"
 
   // Splits argv[first..argc-1]. Every option takes a value; an option outside `allowed` or an

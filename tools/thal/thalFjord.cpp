@@ -21,7 +21,8 @@ double axisAngle(double s) {
 
 // Half the width of the fjord at distance s from the mouth; it narrows towards the head.
 double halfWidth(double s) {
-  double w = 650.0 + 350.0 * std::sin(2 * pi * s / 7000.0 + 1.0) + 200.0 * std::sin(2 * pi * s / 2300.0 + 2.0);
+  double w =
+      650.0 + 350.0 * std::sin(2 * pi * s / 7000.0 + 1.0) + 200.0 * std::sin(2 * pi * s / 2300.0 + 2.0);
   double u = s / fjordLength;
   if (u > 0.8) w *= std::max(0.35, 1.0 - (u - 0.8) / 0.2 * 0.65);
   return std::max(300.0, w);

@@ -9,8 +9,8 @@
 namespace thTool {
 
 // Where and when the fjord lies. Coordinates are metres of UTM zone 32.
-inline constexpr double fjordX0 = 500000.0;   // x of the middle of the mouth
-inline constexpr double fjordY0 = 6700000.0;  // y of the middle of the mouth
+inline constexpr double fjordX0 = 500000.0;     // x of the middle of the mouth
+inline constexpr double fjordY0 = 6700000.0;    // y of the middle of the mouth
 inline constexpr double fjordLength = 24000.0;  // along the axis, mouth to head
 inline const std::string fjordStart = "2024-06-01 00:00:00";
 inline constexpr int32_t fjordTimesteps = 48;
@@ -19,14 +19,14 @@ inline constexpr double fjordDt = 3600.0;
 // dry at low water.
 inline constexpr double fjordTideAmplitude = 2.2;
 inline constexpr double fjordTidePeriod = 12.42 * 3600.0;  // the M2 tide, in seconds
-inline constexpr double fjordTidePhase = 0.7;  // rad at the start of the run
+inline constexpr double fjordTidePhase = 0.7;              // rad at the start of the run
 
 struct FjordMesh {
-  std::vector<double> x, y;         // node coordinates, indexed by node
-  std::vector<int32_t> nodeType;    // 1 on the open boundary at the mouth, 0 elsewhere
-  std::vector<double> nodeDepth;    // sea-bed depth, positive down, indexed by node
-  std::vector<int32_t> nonpe;       // nodes per element (all triangles)
-  std::vector<int32_t> en;          // nodes of the elements, counter-clockwise, element after element
+  std::vector<double> x, y;       // node coordinates, indexed by node
+  std::vector<int32_t> nodeType;  // 1 on the open boundary at the mouth, 0 elsewhere
+  std::vector<double> nodeDepth;  // sea-bed depth, positive down, indexed by node
+  std::vector<int32_t> nonpe;     // nodes per element (all triangles)
+  std::vector<int32_t> en;        // nodes of the elements, counter-clockwise, element after element
 };
 
 // About 3400 triangles on a channel of 121 sections of 15 nodes each.

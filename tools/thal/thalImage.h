@@ -19,7 +19,7 @@ struct Image {
   void fillRect(int x0, int y0, int w, int h, uint32_t colour);  // clipped to the picture
 };
 
-inline constexpr uint32_t landColour = 0xFFD8D2C4;     // pixels outside the water
+inline constexpr uint32_t landColour = 0xFFD8D2C4;  // pixels outside the water
 inline constexpr uint32_t legendBackground = 0xFFFFFFFF;
 inline constexpr uint32_t textColour = 0xFF202020;
 

@@ -5,8 +5,7 @@
 
 namespace thTool {
 
-MapFrame fitFrame(double x0, double x1, double y0, double y1, int32_t width, int32_t height,
-                  double margin) {
+MapFrame fitFrame(double x0, double x1, double y0, double y1, int32_t width, int32_t height, double margin) {
   double sx = std::max(x1 - x0, 0.0), sy = std::max(y1 - y0, 0.0);
   if (sx == 0 && sy == 0) sx = sy = 1.0;  // a single point still gets a picture around it
   if (sx == 0) sx = sy;
@@ -47,8 +46,8 @@ bool insidePolygon(int32_t n, const double* x, const double* y, double px, doubl
 
 }  // namespace
 
-std::vector<int32_t> polygonsOnPixels(const MapFrame& f, int32_t n, const int32_t* nonpe,
-                                      const double* px, const double* py) {
+std::vector<int32_t> polygonsOnPixels(const MapFrame& f, int32_t n, const int32_t* nonpe, const double* px,
+                                      const double* py) {
   std::vector<int32_t> owner(static_cast<size_t>(f.nx) * f.ny, -1);
   const double psx = (f.xmax - f.xmin) / f.nx, psy = (f.ymax - f.ymin) / f.ny;
   int64_t first = 0;
@@ -62,8 +61,10 @@ std::vector<int32_t> polygonsOnPixels(const MapFrame& f, int32_t n, const int32_
     double c0 = std::ceil((*xLo - f.xmin) / psx - 0.5), c1 = std::floor((*xHi - f.xmin) / psx - 0.5);
     double r0 = std::ceil((f.ymax - *yHi) / psy - 0.5), r1 = std::floor((f.ymax - *yLo) / psy - 0.5);
     if (!(c1 >= 0 && r1 >= 0 && c0 < f.nx && r0 < f.ny)) continue;  // also drops NaN corners
-    int32_t cFrom = static_cast<int32_t>(std::max(c0, 0.0)), cTo = static_cast<int32_t>(std::min(c1, f.nx - 1.0));
-    int32_t rFrom = static_cast<int32_t>(std::max(r0, 0.0)), rTo = static_cast<int32_t>(std::min(r1, f.ny - 1.0));
+    int32_t cFrom = static_cast<int32_t>(std::max(c0, 0.0)),
+            cTo = static_cast<int32_t>(std::min(c1, f.nx - 1.0));
+    int32_t rFrom = static_cast<int32_t>(std::max(r0, 0.0)),
+            rTo = static_cast<int32_t>(std::min(r1, f.ny - 1.0));
     for (int32_t r = rFrom; r <= rTo; ++r)
       for (int32_t c = cFrom; c <= cTo; ++c) {
         int32_t& o = owner[static_cast<size_t>(r) * f.nx + c];

@@ -20,12 +20,11 @@ struct MapFrame {
 // A frame around the box with a small margin. `width`/`height` <= 0 means "work it out": with a
 // width alone the height follows the box's shape; with both, the box is widened in one direction
 // so that pixels stay square.
-MapFrame fitFrame(double x0, double x1, double y0, double y1, int32_t width, int32_t height,
-                  double margin);
+MapFrame fitFrame(double x0, double x1, double y0, double y1, int32_t width, int32_t height, double margin);
 
 // For every pixel (row 0 at the top) the polygon that holds its centre, or -1. Polygons are given
 // as in a mesh: `nonpe` corners each, their coordinates one after the other in `px`, `py`.
-std::vector<int32_t> polygonsOnPixels(const MapFrame& f, int32_t n, const int32_t* nonpe,
-                                      const double* px, const double* py);
+std::vector<int32_t> polygonsOnPixels(const MapFrame& f, int32_t n, const int32_t* nonpe, const double* px,
+                                      const double* py);
 
 }  // namespace thTool

@@ -128,8 +128,10 @@ int32_t nearestTimestep(const thWrapper::thModelInfoWrapper& m, int64_t when, in
   int32_t lo = 0, hi = n - 1;  // the first timestep at or after `when`
   while (lo < hi) {
     int32_t mid = lo + (hi - lo) / 2;
-    if (m.ts2DT(mid) < when) lo = mid + 1;
-    else hi = mid;
+    if (m.ts2DT(mid) < when)
+      lo = mid + 1;
+    else
+      hi = mid;
   }
   if (lo > 0 && when - m.ts2DT(lo - 1) < m.ts2DT(lo) - when) --lo;
   return lo;
@@ -149,7 +151,8 @@ int32_t parseTime(thResultFileWrapper& rf, const std::string& text) {
     return ts;
   }
   if (!VCppLib::VDT::isDateTimeStr(text))
-    throw ToolError("The time '" + text + "' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS.");
+    throw ToolError("The time '" + text +
+                    "' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS.");
   int64_t when = VCppLib::VDT::strDT2longDT(text);
   if (when < m.ts2DT(0) || when > m.ts2DT(n - 1))
     throw ToolError("The time " + text + " lies outside the run in '" + rf.filename() + "', " +
@@ -165,7 +168,8 @@ int32_t parsePaintLayer(const thResultFileWrapper& rf, const std::string& text) 
   int32_t layer = parseInt(text, "layer");
   if (layer == -1 || layer == 999 || (layer >= 0 && layer < nol)) return layer;
   throw ToolError("Layer " + text + " is out of range: '" + rf.filename() + "' has layers 0 (bottom) to " +
-                  std::to_string(nol - 1) + " (surface); -1 is each element's bottom cell and 999 its top cell.");
+                  std::to_string(nol - 1) +
+                  " (surface); -1 is each element's bottom cell and 999 its top cell.");
 }
 
 int32_t parseSeriesLayer(const thResultFileWrapper& rf, int32_t elem, const std::string& text) {
