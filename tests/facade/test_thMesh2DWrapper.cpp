@@ -10,7 +10,7 @@ using thWrapper::thMesh2DWrapper;
 using VI = std::vector<int32_t>;
 using VD = std::vector<double>;
 
-TEST(thMesh2DWrapper, CopiesAndSetters) {
+TEST(thMesh2DWrapper, CopiesSettersAndEditsThroughTheOverloads) {
   thalmod::thMesh2D m;
   m.readMeshText("3 1\n0 0\n1 0\n0 1\n0 1 2\n");
   thMesh2DWrapper w(&m);
@@ -22,20 +22,18 @@ TEST(thMesh2DWrapper, CopiesAndSetters) {
   EXPECT_TRUE(w.anglesVF().empty() && w.en() == (VI{0, 1, 2}) && w.vfn().size() == 6u);  // no inner faces
   EXPECT_EQ(w.editRenumberNodes({2}), -1);
   EXPECT_EQ(w.editAddSquareSection({}, {}, 3), 0);
-  std::vector<VI> nvf = w.nodevf();
-  ASSERT_EQ(nvf.size(), 3u);
-  EXPECT_EQ(nvf[0].size(), 2u);
+  const std::vector<VI> nvf = w.nodevf();
+  EXPECT_TRUE(nvf.size() == 3u && nvf[0].size() == 2u);
   VI ise;
   VD isd;
   EXPECT_EQ(w.sectionIntersections({0.1, 0.2}, {0.1, 0.2}, ise, isd), 1);
   EXPECT_EQ(ise, VI{0});
   EXPECT_VEXCEPTION_HAS(w.updateNodeCoor(3, 0, 0), "node 3 is out of range");
-}
 
-TEST(thMesh2DWrapper, EditsThroughTheOverloads) {
-  thalmod::thMesh2D m;
-  m.readMeshText(thTest::gridMeshText(2, 1));  // 6 nodes, 2 squares
-  thMesh2DWrapper w(&m);
+  // edits through the overloads' defaults
+  thalmod::thMesh2D grid;
+  grid.readMeshText(thTest::gridMeshText(2, 1));  // 6 nodes, 2 squares
+  w = thMesh2DWrapper(&grid);
   // 7 entries of 3 nodes: 2 triangles, the seventh entry is left over
   w.editAddNodesElems({0.5, 1.5}, {1.8, 1.8}, {3, 4, 6, 4, 5, 7, 0});
   EXPECT_TRUE(w.non() == 8 && w.noe() == 4 && w.nt()[7] == 99);

@@ -9,7 +9,7 @@
 
 using namespace VCppLib;
 
-TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
+TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirstIn2DAnd3D) {
   std::vector<double> x = {0, 2, 0, 10}, y = {0, 0, 2, 10};
   std::vector<double> tx = {0.5, 2}, ty = {0.2, 0};
   VInterpol vi;
@@ -17,8 +17,7 @@ TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
   EXPECT_TRUE(vi.isInit);
   // squared distances from (0.5, 0.2): 0.29, 2.29, 3.49, 186.29; weights 1/d^2 with p = 2
   EXPECT_EQ(vi.sources[0], (std::vector<int32_t>{2, 1, 0}));
-  std::vector<double> want = {1 / 3.49, 1 / 2.29, 1 / 0.29};
-  for (int i = 0; i < 3; ++i) EXPECT_NEAR(vi.weights[0][i], want[i], 1e-12);
+  EXPECT_TRUE(thTest::near(vi.weights[0], {1 / 3.49, 1 / 2.29, 1 / 0.29}));
   // a target on a source point: that point alone
   EXPECT_TRUE(vi.sources[1] == std::vector<int32_t>{1} && vi.weights[1] == std::vector<double>{1.0});
 
@@ -35,21 +34,19 @@ TEST(VInterpol, WeightsOfTheThreeNearestFarthestFirst) {
   uint8_t two[4] = {0, 0, 1, 1};
   EXPECT_VEXCEPTION_HAS(vi.init2D(x.data(), y.data(), two, 4, tx.data(), ty.data(), 2, 0),
                         "but 2 remain after masking");
-}
 
-TEST(VInterpol, ThreeDimensionsScaleTheVerticalAndAddToTheLists) {
-  std::vector<double> x = {0, 1, 0, 0}, y = {0, 0, 1, 0}, z = {0, 0, 0, 1};
-  double tx = 0.1, ty = 0, tz = 0.25;
-  VInterpol vi;
-  vi.zScale = 2;
+  // Three dimensions scale the vertical, and a second call adds to the lists.
+  std::vector<double> x3 = {0, 1, 0, 0}, y3 = {0, 0, 1, 0}, z3 = {0, 0, 0, 1};
+  double tx3 = 0.1, ty3 = 0, tz3 = 0.25;
+  VInterpol v3;
+  v3.zScale = 2;
   for (int call = 1; call <= 2; ++call) {
-    vi.init3D(x.data(), y.data(), z.data(), 4, &tx, &ty, &tz, 1, vinterpolIDW);
-    ASSERT_EQ(vi.sources.size(), static_cast<size_t>(call));
+    v3.init3D(x3.data(), y3.data(), z3.data(), 4, &tx3, &ty3, &tz3, 1, vinterpolIDW);
+    ASSERT_EQ(v3.sources.size(), static_cast<size_t>(call));
   }
   // squared distances with the vertical doubled: 0.26, 1.06, 1.26, 2.26
-  EXPECT_EQ(vi.sources[1], (std::vector<int32_t>{2, 1, 0}));
-  EXPECT_NEAR(vi.weights[1][2], 1 / 0.26, 1e-12);
-  EXPECT_NEAR(vi.weights[1][0], 1 / 1.26, 1e-12);
+  EXPECT_EQ(v3.sources[1], (std::vector<int32_t>{2, 1, 0}));
+  EXPECT_TRUE(thTest::near(v3.weights[1], {1 / 1.26, 1 / 1.06, 1 / 0.26}));
 }
 
 TEST(RBF3DInterpol, PassesThroughItsPointsAndRefusesCoincidentOnes) {

@@ -1,6 +1,4 @@
 // k-d tree: hand-worked small trees, and oracles against a brute-force scan of random points.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -25,33 +23,25 @@ VI nearest3Of(Vkdtree& t, double x, double y) {
 }  // namespace
 
 // Points on a line at x = 0, 1, 3, 6: the root is (3,0) (idx 2), its left child (0,0) (idx 0),
-// with (1,0) below it; (6,0) is on the right.
-TEST(Vkdtree, Nearest3OrderAndExactHit) {
-  VD x = {0, 1, 3, 6}, y = {0, 0, 0, 0};
+// with (1,0) below it; (6,0) is on the right. In 3-D, z = 0.3 is stored as 3 with zScale 10, so
+// (0,0,0.3) is the farthest of the three.
+TEST(Vkdtree, NearestOrderExactHitCarryOverAndScaledZ) {
+  VD x = {0, 1, 3, 6}, y = {0, 0, 0, 0}, x3 = {0, 1, 0}, z = {0, 0, 0.3};
   Vkdtree t(x.data(), y.data(), 4);
   EXPECT_EQ(t.root->idx, 2);
   EXPECT_EQ(nearest3Of(t, 0.4, 0), (VI{2, 1, 0}));  // farthest first
   EXPECT_TRUE(t.heap.empty());
   EXPECT_EQ(nearest3Of(t, 1, 0), (VI{2, 0, 1}));    // hit last
   EXPECT_EQ(nearest3Of(t, 3, 0), (VI{2, -7, -7}));  // hit on the root ends the search
-}
-
-// 3-D: z = 0.3 is stored as 3 with zScale 10, so (0,0,0.3) is the farthest of the three.
-TEST(Vkdtree, Nearest3In3DScalesZ) {
-  VD x = {0, 1, 0}, y = {0, 0, 0}, z = {0, 0, 0.3};
-  Vkdtree t(x.data(), y.data(), z.data(), 3, 10.0);
+  // nearest keeps its pair: a later query gets a new answer only when closer than the old distance
+  // (0.01 from (0.1, 0)). nearest3 starts afresh; from (5.5, 0) it takes (3,0) and (6,0), and
+  // 2.5^2 reaches the top of its heap, so the left side is skipped.
+  EXPECT_EQ((VI{t.nearest(0.1, 0), t.nearest(5.5, 0), t.nearest(6, 0)}), (VI{0, 0, 3}));
+  EXPECT_EQ(nearest3Of(t, 5.5, 0), (VI{2, 3, -7}));
+  Vkdtree t3(x3.data(), y.data(), z.data(), 3, 10.0);
   VI out(3);
-  t.nearest3(0.1, 0, 0.05, out.data());
+  t3.nearest3(0.1, 0, 0.05, out.data());
   EXPECT_EQ(out, (VI{2, 1, 0}));
-}
-
-// nearest keeps its pair: a later query gets a new answer only when closer than the old distance.
-TEST(Vkdtree, NearestCarriesItsAnswerOver) {
-  VD x = {0, 10}, y = {0, 0};
-  Vkdtree t(x.data(), y.data(), 2);
-  // distance^2 0.01 stays in the heap; (10,0) is at 1 > 0.01; an exact hit beats it
-  EXPECT_EQ((VI{t.nearest(0.1, 0), t.nearest(9, 0), t.nearest(10, 0)}), (VI{0, 0, 1}));
-  EXPECT_EQ(nearest3Of(t, 9, 0), (VI{0, 1, -7}));  // nearest3 starts afresh
 }
 
 TEST(Vkdtree, FewPointsAndDuplicates) {

@@ -8,12 +8,12 @@
 #include <numeric>
 #include <random>
 #include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "mesh/thMesh2D.h"
+#include "testutil/thMeshFixtures.h"
 
 using thalmod::thMesh2D;
 
@@ -22,31 +22,27 @@ namespace {
 struct RandomMesh {
   int nx = 0, ny = 0;
   std::vector<double> x, y;
-  std::vector<int> type, col;  // input node type; grid column (west side 0, east side nx)
+  std::vector<int> type;  // input node type
   std::vector<std::vector<int>> elems;
-  std::string text;
 };
 
 // open: the west side is boundary 1, the east side boundary 2; the rest is closed.
 RandomMesh makeMesh(std::mt19937& rng, bool open) {
   std::uniform_int_distribution<int> size(1, 6), rot(0, 3);
   std::uniform_real_distribution<double> jit(-0.2, 0.2);  // cells stay convex
-  RandomMesh r;
-  r.nx = size(rng);
-  r.ny = size(rng);
+  RandomMesh r{size(rng), size(rng), {}, {}, {}, {}};     // nx, then ny; the arrays are filled below
   const int non = (r.nx + 1) * (r.ny + 1);
   std::vector<int> perm(non);
-  for (int i = 0; i < non; i++) perm[i] = i;
+  std::iota(perm.begin(), perm.end(), 0);
   std::shuffle(perm.begin(), perm.end(), rng);
-  for (auto* v : {&r.x, &r.y}) v->resize(non);
-  for (auto* v : {&r.type, &r.col}) v->resize(non);
+  r.x = r.y = std::vector<double>(non);
+  r.type.resize(non);
   for (int j = 0; j <= r.ny; j++) {
     for (int i = 0; i <= r.nx; i++) {
       const int n = perm[j * (r.nx + 1) + i];
       const bool rim = i == 0 || j == 0 || i == r.nx || j == r.ny;
       r.x[n] = i + (rim ? 0 : jit(rng));
       r.y[n] = j + (rim ? 0 : jit(rng));
-      r.col[n] = i;
       r.type[n] = !open ? 0 : i == 0 ? 1 : i == r.nx ? 2 : 0;
     }
   }
@@ -62,15 +58,6 @@ RandomMesh makeMesh(std::mt19937& rng, bool open) {
   }
   std::shuffle(r.elems.begin(), r.elems.end(), rng);
   for (auto& e : r.elems) std::rotate(e.begin(), e.begin() + rng() % e.size(), e.end());
-  std::ostringstream ss;
-  ss.precision(17);
-  ss << non << " " << r.elems.size() << "\n";
-  for (int n = 0; n < non; n++) ss << r.x[n] << " " << r.y[n] << " " << r.type[n] << "\n";
-  for (auto& e : r.elems) {
-    for (int n : e) ss << n << " ";
-    ss << "\n";
-  }
-  r.text = ss.str();
   return r;
 }
 
@@ -88,10 +75,10 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
   std::map<Edge, std::vector<int>> edges;  // elements of each edge, ascending
   std::vector<std::set<Edge>> own(noe);
   for (int e = 0; e < noe; e++) {
-    const auto& el = r.elems[e];
-    for (size_t i = 0; i < el.size(); i++) {
-      edges[edge(el[i], el[(i + 1) % el.size()])].push_back(e);
-      own[e].insert(edge(el[i], el[(i + 1) % el.size()]));
+    for (size_t i = 0, n = r.elems[e].size(); i < n; i++) {
+      const Edge k = edge(r.elems[e][i], r.elems[e][(i + 1) % n]);
+      edges[k].push_back(e);
+      own[e].insert(k);
     }
   }
   int inner = 0;
@@ -99,17 +86,15 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
   ASSERT_EQ(std::make_pair(m.nvf, m.nivf), std::make_pair(static_cast<int>(edges.size()), inner));
   EXPECT_EQ(m.non - m.nvf + m.noe, 1);  // Euler for a disc
 
-  // each element lists its own edges, inner faces first and sorted by type, with what lies across
-  std::vector<int> uses(m.nvf, 0);
+  // each element lists its own edges (so every face has as many elements as its edge), inner
+  // faces first and sorted by type, with what lies across
   for (int e = 0; e < noe; e++) {
     std::set<Edge> listed;
-    for (int i = 0, prevType = -1; i < m.nonpe[e]; i++) {
+    for (int i = 0; i < m.nonpe[e]; i++) {
       const int k = m.eni[e] + i, f = m.evf[k];
       ASSERT_TRUE(f >= 0 && f < m.nvf);
-      uses[f]++;
       listed.insert(edge(m.vfn[2 * f], m.vfn[2 * f + 1]));
-      EXPECT_GE(m.vft[f], prevType);
-      prevType = m.vft[f];
+      EXPECT_TRUE(i == 0 || m.vft[f] >= m.vft[m.evf[k - 1]]);
       EXPECT_EQ(i < m.nivfpe[e], m.vft[f] == 0);
       const int across = m.vfe[2 * f] == e ? m.vfe[2 * f + 1] : m.vfe[2 * f];
       EXPECT_EQ(m.evfNbr[k], m.vft[f] == 0 ? across : -m.vft[f]);
@@ -118,39 +103,32 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
   }
 
   // faces: type, order, sides, orientation, normal, distances, length
-  for (int f = 0, lastType = 0; f < m.nvf; f++) {
+  for (int f = 0; f < m.nvf; f++) {
     const int a = m.vfn[2 * f], b = m.vfn[2 * f + 1];
     const auto& els = edges.at(edge(a, b));
-    EXPECT_EQ(uses[f], static_cast<int>(els.size()));
-    int type = els.size() == 2 ? 0 : 99;
-    if (type == 99 && r.col[a] == r.col[b] && r.type[a] != 0 && (r.col[a] == 0 || r.col[a] == r.nx))
-      type = r.type[a];
+    // a boundary face between two nodes of one open side is open; two open nodes meet only there
+    const int type = els.size() == 2 ? 0 : r.type[a] != 0 && r.type[a] == r.type[b] ? r.type[a] : 99;
     EXPECT_EQ(m.vft[f], type);
-    EXPECT_GE(m.vft[f], lastType);  // inner, then open by number, then closed
-    lastType = m.vft[f];
+    EXPECT_TRUE(f == 0 || m.vft[f] >= m.vft[f - 1]);  // inner, then open by number, then closed
     EXPECT_EQ(m.vfe[2 * f], els[0]);
     EXPECT_EQ(m.vfe[2 * f + 1], type == 0 ? els[1] : type == 99 ? -99 : noe + f - m.nivf);
     // closed faces keep the element's order; the others run against it, the element on the right
     EXPECT_TRUE(type == 99 ? follows(r.elems[els[0]], a, b) : follows(r.elems[els[0]], b, a));
-    const double nx = m.vfxNormL[f], ny = m.vfyNormL[f];
+    // the unit normal leaves the first side toward the second (or the face, mirrored by a ghost)
+    const double nx = m.vfxNormL[f], ny = m.vfyNormL[f], x0 = m.exCoor[els[0]], y0 = m.eyCoor[els[0]];
+    const double x1 = type == 0 ? m.exCoor[els[1]] : m.vfxCoor[f],
+                 y1 = type == 0 ? m.eyCoor[els[1]] : m.vfyCoor[f];
     EXPECT_NEAR(std::hypot(nx, ny), 1.0, 1e-12);
-    const int e0 = els[0];
-    if (type == 0) {  // the normal leaves the first side
-      EXPECT_GT(nx * (m.exCoor[els[1]] - m.exCoor[e0]) + ny * (m.eyCoor[els[1]] - m.eyCoor[e0]), 0);
-      EXPECT_NEAR(m.vfeDist[2 * f] + m.vfeDist[2 * f + 1], m.vfDist[f], 1e-12);
-    } else {
-      EXPECT_GT(nx * (m.vfxCoor[f] - m.exCoor[e0]) + ny * (m.vfyCoor[f] - m.eyCoor[e0]), 0);
-      EXPECT_NEAR(m.vfeDist[2 * f], m.vfeDist[2 * f + 1], 1e-12);
-    }
+    EXPECT_GT(nx * (x1 - x0) + ny * (y1 - y0), 0);
+    EXPECT_NEAR(m.vfeDist[2 * f] + m.vfeDist[2 * f + 1], m.vfDist[f], 1e-12);
+    EXPECT_TRUE(type == 0 || std::fabs(m.vfeDist[2 * f] - m.vfeDist[2 * f + 1]) < 1e-12);  // a ghost mirrors
     EXPECT_NEAR(m.vfl[f], std::hypot(r.x[b] - r.x[a], r.y[b] - r.y[a]), 1e-12);
   }
 
   // open boundaries are chains along the boundary, started with the domain on the left: the
   // west boundary (1) runs south, the east boundary (2) north
-  int openFaces = 0;
   for (int i = 0; i < m.nBnd; i++) {
     const int first = m.nivf + m.bndFirst[i], n = m.bndNoFaces[i];
-    openFaces += n;
     EXPECT_EQ(n, r.ny);
     for (int f = first; f + 1 < first + n; f++) {
       const std::set<int> s = {m.vfn[2 * f], m.vfn[2 * f + 1], m.vfn[2 * f + 2], m.vfn[2 * f + 3]};
@@ -159,16 +137,14 @@ void checkMesh(const RandomMesh& r, const thMesh2D& m) {
     auto top = [&](int f) { return std::max(r.y[m.vfn[2 * f]], r.y[m.vfn[2 * f + 1]]); };
     EXPECT_TRUE(n < 2 || (m.bndId[i] == 1) == (top(first) > top(first + n - 1)));
   }
-  EXPECT_EQ(openFaces, m.tnbe);
+  EXPECT_EQ(m.tnbe, m.nBnd * r.ny);
 
   // node types: open boundary, else closed when on a boundary face, else inner
-  for (int n = 0; n < m.non; n++) {
-    int expect = 0;
-    for (auto& [k, v] : edges)
-      if ((k.first == n || k.second == n) && v.size() == 1) expect = 99;
-    if (r.type[n] != 0) expect = r.type[n];
-    EXPECT_EQ(m.nt[n], expect) << "node " << n;
-  }
+  std::vector<int> nt = r.type;
+  for (auto& [k, v] : edges)
+    for (int n : {k.first, k.second})
+      if (v.size() == 1 && r.type[n] == 0) nt[n] = 99;
+  EXPECT_EQ(std::vector<int>(m.nt, m.nt + m.non), nt);
   EXPECT_NEAR(std::accumulate(m.eArea, m.eArea + noe, 0.0), r.nx * r.ny, 1e-9 * r.nx * r.ny);
 }
 
@@ -179,8 +155,8 @@ TEST(MeshTopology, RandomMeshesAgainstIndependentCount) {
   for (int trial = 0; trial < 300; trial++) {
     RandomMesh r = makeMesh(rng, trial % 2 == 1);
     thMesh2D m;
-    ASSERT_EQ(m.readMeshText(r.text), 0) << r.text;
-    SCOPED_TRACE("trial " + std::to_string(trial) + "\n" + r.text);
+    thTest::buildMesh(m, r.x, r.y, r.type, r.elems);
+    SCOPED_TRACE("trial " + std::to_string(trial) + "\n" + m.toString());
     checkMesh(r, m);
     m.initElemNbrs();
     for (int e = 0; e < m.noe; e++) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "netcdf/VNetCdf.h"
 #include "testutil/thTestUtil.h"
 
 namespace ncTest {
@@ -30,21 +31,36 @@ std::vector<T> values(int n, F f, int from = 0) {
   return v;
 }
 
+// The first n values of a raw block handed out by VNetCdf, which is released here.
+template <typename T>
+std::vector<T> raw(void* block, int n) {
+  std::vector<T> v(static_cast<T*>(block), static_cast<T*>(block) + n);
+  VCppLib::VNetCdf::freeRaw(block);
+  return v;
+}
+
+// The whole variable as getVarData<T> gives it.
+template <typename T>
+std::vector<T> varData(VCppLib::VNetCdf& nc, int32_t varid) {
+  T* data = nullptr;
+  int32_t n = nc.getVarData<T>(varid, data);
+  return thTest::take(data, n);
+}
+
+// One CDL data line "  name = f(0), f(1), ... ;" of n values.
 template <typename F>
-std::string cdlList(int n, F f) {
-  std::string s;
-  for (int k = 0; k < n; ++k) s += (k ? ", " : "") + std::to_string(f(k));
-  return s;
+std::string cdlData(const std::string& name, int n, F f) {
+  std::string s = "  " + name + " =";
+  for (int k = 0; k < n; ++k) s += (k ? ", " : " ") + std::to_string(f(k));
+  return s + " ;\n";
 }
 
 // Model-like file: two records, nol = 2, cells = 3, layers = 2. Variable ids in order:
 // 0 time, 1 fixed3, 2 f1, 3 d1, 4 s1, 5 i1, 6 f3, 7 d3, 8 s3, 9 i3, 10 f4, 11 d4, 12 s4, 13 i4,
 // 14 b1, 15 ub1, 16 c1, 17 big, 18 scal, 19 name, 20 plain.
 inline std::string modelCdl() {
-  return "netcdf model {\n"
-         "dimensions:\n"
-         "  time = UNLIMITED ;\n  layers = 2 ;\n  nol = 2 ;\n  cells = 3 ;\n  x = 4 ;\n"
-         "variables:\n"
+  return "netcdf model {\ndimensions:\n"
+         "  time = UNLIMITED ;\n  layers = 2 ;\n  nol = 2 ;\n  cells = 3 ;\n  x = 4 ;\nvariables:\n"
          "  int64 time(time) ;\n    time:units = \"seconds since 1970-01-01 00:00:00\" ;\n"
          "  float fixed3(layers, nol, cells) ;\n"
          "  float f1(time) ;\n    f1:long_name = \"one float per record\" ;\n"
@@ -58,33 +74,14 @@ inline std::string modelCdl() {
          "  :title = \"test file\" ;\n  :nlayers = 2 ;\n  :dval = 1.25 ;\n  :bval = -1b ;\n"
          "  :multi = 1.f, 2.f, 3.f, 4.f, 5.f, 6.f ;\n  :sval = -7s ;\n"
          "  :u64 = 5ull ;\n  string :sa = \"hello\", \"world\" ;\n"
-         "data:\n"
-         "  time = 0, 3600 ;\n"
-         "  fixed3 = " +
-         cdlList(12, [](int k) { return k; }) +
-         " ;\n"
-         "  f1 = " +
-         cdlList(2, f1v) + " ;\n  d1 = " + cdlList(2, d1v) +
-         " ;\n"
-         "  s1 = " +
-         cdlList(2, s1v) + " ;\n  i1 = " + cdlList(2, i1v) +
-         " ;\n"
-         "  f3 = " +
-         cdlList(12, f3v) + " ;\n  d3 = " + cdlList(12, d3v) +
-         " ;\n"
-         "  s3 = " +
-         cdlList(12, s3v) + " ;\n  i3 = " + cdlList(12, i3v) +
-         " ;\n"
-         "  f4 = " +
-         cdlList(24, f4v) + " ;\n  d4 = " + cdlList(24, d4v) +
-         " ;\n"
-         "  s4 = " +
-         cdlList(24, s4v) + " ;\n  i4 = " + cdlList(24, i4v) +
-         " ;\n"
+         "data:\n  time = 0, 3600 ;\n" +
+         cdlData("fixed3", 12, [](int k) { return k; }) + cdlData("f1", 2, f1v) + cdlData("d1", 2, d1v) +
+         cdlData("s1", 2, s1v) + cdlData("i1", 2, i1v) + cdlData("f3", 12, f3v) + cdlData("d3", 12, d3v) +
+         cdlData("s3", 12, s3v) + cdlData("i3", 12, i3v) + cdlData("f4", 24, f4v) + cdlData("d4", 24, d4v) +
+         cdlData("s4", 24, s4v) + cdlData("i4", 24, i4v) +
          "  b1 = -1, 0, 1, 2 ;\n  ub1 = 250, 251, 252, 253 ;\n  c1 = \"abcd\" ;\n"
          "  big = 1, 2, 3, 4000000000 ;\n  scal = 7.5 ;\n  name = \"a\", \"b\", \"c\", \"d\" ;\n"
-         "  plain = 1, 2, 3, 4 ;\n"
-         "}\n";
+         "  plain = 1, 2, 3, 4 ;\n}\n";
 }
 
 // The model-like file, written into a fresh folder.

@@ -7,7 +7,7 @@
 
 using namespace VCppLib::VDT;
 
-TEST(VDT, TextToLongAndBack) {
+TEST(VDT, TextToLongAndBackAndTheShapeTest) {
   // 2024-02-29 06:07:08: 19782 days since 1970 (54 years, 13 leap days, Jan 31 + 28 days).
   const int64_t leapDay = 19782LL * 86400 + 6 * 3600 + 7 * 60 + 8;
   const std::pair<const char*, int64_t> parsed[] = {
@@ -26,13 +26,10 @@ TEST(VDT, TextToLongAndBack) {
       {"1967-01-01", -1096LL * 86400}};        // a common year: right (1967 to 1969: 1096 days)
   for (auto [s, t] : parsed) EXPECT_EQ(strDT2longDT(s), t) << s;
   EXPECT_EQ(strDT2longDT("2000-03-01", "12:30:00"), 951913800);
+  // A short year is not padded; a time beyond what can be broken down gives nothing.
   const std::pair<int64_t, const char*> printed[] = {
-      {0, "1970-01-01 00:00:00"},
-      {leapDay, "2024-02-29 06:07:08"},
-      {951913859, "2000-03-01 12:30:59"},
-      {-1, "1969-12-31 23:59:59"},
-      {-62135596800LL, "1-01-01 00:00:00"},  // a short year is not padded
-      {INT64_MAX, ""}};                      // beyond what can be broken down
+      {0, "1970-01-01 00:00:00"},  {leapDay, "2024-02-29 06:07:08"},     {951913859, "2000-03-01 12:30:59"},
+      {-1, "1969-12-31 23:59:59"}, {-62135596800LL, "1-01-01 00:00:00"}, {INT64_MAX, ""}};
   for (auto [t, s] : printed) EXPECT_EQ(longDT2StrDT(t), s) << t;
   // Fields out of range roll over; a month of 0 is December of the year before, -1 November.
   const std::pair<const char*, const char*> same[] = {
@@ -43,9 +40,6 @@ TEST(VDT, TextToLongAndBack) {
       {"2001--1-01", "2000-11-01"},
       {"2000/03/01 00:00:00", "2000-01-01"}};  // a scan stopped by "/" leaves month and day at 1
   for (auto [a, b] : same) EXPECT_EQ(strDT2longDT(a), strDT2longDT(b)) << a;
-}
-
-TEST(VDT, InvalidDatesAndTheShapeTest) {
   // The last two pass the shape test but do not fit a broken-down time.
   for (std::string s : {"2000-3-1", "", "2000-01-01T00:00:00", "2000-01-01 00-00", "200000000000",
                         "2000-01-01 00:00:0099999999999"})
@@ -58,7 +52,7 @@ TEST(VDT, InvalidDatesAndTheShapeTest) {
   for (auto [s, want] : shapes) EXPECT_EQ(isDateTimeStr(s), want) << s;
 }
 
-TEST(VDT, TmCoreAndHelpers) {
+TEST(VDT, TmCoreHelpersAndTheClocks) {
   std::tm t{};
   t.tm_year = 100, t.tm_mon = 2, t.tm_mday = 1;
   const int64_t plain = tm2longDT(&t);
@@ -83,16 +77,13 @@ TEST(VDT, TmCoreAndHelpers) {
   EXPECT_TRUE(c0 <= tic && tic <= c1) << c0 << " " << tic << " " << c1;
   const double toc = tocClock(tic), c2 = static_cast<double>(std::clock());
   EXPECT_TRUE((c1 - tic) / 1000.0 <= toc && toc <= (c2 - tic) / 1000.0) << toc;
-}
 
-TEST(VDT, NowFollowsTheLocalClock) {
   // With the zone set to UTC the local wall clock is the epoch time.
   const char* old = std::getenv("TZ");
   std::string saved = old ? old : "";
   setenv("TZ", "UTC0", 1);
   tzset();
-  int64_t before = static_cast<int64_t>(std::time(nullptr));
-  int64_t now = nowLongDT();
+  const int64_t before = static_cast<int64_t>(std::time(nullptr)), now = nowLongDT();
   std::string stamp = nowStr(VCppLib::VTimeStampFmt);
   EXPECT_TRUE(now >= before && now <= before + 5 && stamp.size() == 14u);
   EXPECT_EQ(stamp.substr(0, 8), longDT2Fmt(now, "%Y%m%d"));
@@ -100,9 +91,6 @@ TEST(VDT, NowFollowsTheLocalClock) {
   setenv("TZ", "XXX-1", 1);
   tzset();
   EXPECT_NEAR(static_cast<double>(nowLongDT() - static_cast<int64_t>(std::time(nullptr))), 3600.0, 5.0);
-  if (old)
-    setenv("TZ", saved.c_str(), 1);
-  else
-    unsetenv("TZ");
+  old ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ");
   tzset();
 }

@@ -9,41 +9,24 @@
 using namespace VCppLib;
 
 TEST(VFiles, FileNamePartsAndSizes) {
-  const std::pair<std::string, std::string> names[] = {
-      {dirPart("a\\b\\c.txt"), "a\\b"},
-      {dirPart("c.txt"), ""},
-      {dirPart("/tmp/x/c.txt"), "/tmp/x"},
-      {dirPart("a/b\\c"), "a/b"},
-      {fileName("a\\b\\c.txt"), "c.txt"},
-      {fileName("a/b/c.txt"), "c.txt"},
-      {fileName("c.txt"), "c.txt"},
-      {fileName("dir\\"), ""},
-      {baseName("a\\b\\run.v1.nc"), "run.v1"},
-      {baseName("a.d/run"), "run"},
-      {baseName(""), ""},
-      {extPart("a\\run.nc"), "nc"},
-      {extPart("run"), "run"},
-      {extPart("run."), ""},
-      {setExt("run.nc", "emb"), "run.emb"},
-      {setExt("run", "emb"), "run.emb"},
-      {setExt("run.", "emb"), "run..emb"},  // a last point stays
-      {insertBeforeExt("run.nc", "_1"), "run_1.nc"},
-      {insertBeforeExt("run", "_1"), "run"},
-      {insertBeforeExt(".nc", "_1"), ".nc"},
-      {insertBeforeExt("a/b.c/run.nc", "_1"), "a/b.c/run_1.nc"},
-      {addBackslash("dir"), "dir\\"},
-      {addBackslash("dir\\"), "dir\\"},
-      {addBackslash("dir/"), "dir/"},
-      {addBackslash(""), ""},
-      {sizeToStr(0), "0 bytes"},
-      {sizeToStr(1023), "1023 bytes"},
-      {sizeToStr(1024), "1 KB"},
-      {sizeToStr(1536), "1 KB"},
-      {sizeToStr(1048576), "1 MB"},
-      {sizeToStr(1048575), "1023 KB"},
-      {sizeToStr(2147483647), "1 GB"},
-      {sizeToStr(-5), "-5 bytes"}};
-  for (const auto& [got, want] : names) EXPECT_EQ(got, want);
+  using Fn = std::string (*)(std::string);
+  const std::pair<Fn, std::vector<std::pair<const char*, const char*>>> names[] = {
+      {dirPart, {{"a\\b\\c.txt", "a\\b"}, {"c.txt", ""}, {"/tmp/x/c.txt", "/tmp/x"}, {"a/b\\c", "a/b"}}},
+      {fileName, {{"a\\b\\c.txt", "c.txt"}, {"a/b/c.txt", "c.txt"}, {"c.txt", "c.txt"}, {"dir\\", ""}}},
+      {baseName, {{"a\\b\\run.v1.nc", "run.v1"}, {"a.d/run", "run"}, {"", ""}}},
+      {extPart, {{"a\\run.nc", "nc"}, {"run", "run"}, {"run.", ""}}},
+      // setExt: a last point stays
+      {[](std::string p) { return setExt(p, "emb"); },
+       {{"run.nc", "run.emb"}, {"run", "run.emb"}, {"run.", "run..emb"}}},
+      {[](std::string p) { return insertBeforeExt(p, "_1"); },
+       {{"run.nc", "run_1.nc"}, {"run", "run"}, {".nc", ".nc"}, {"a/b.c/run.nc", "a/b.c/run_1.nc"}}},
+      {addBackslash, {{"dir", "dir\\"}, {"dir\\", "dir\\"}, {"dir/", "dir/"}, {"", ""}}}};
+  for (const auto& [fn, cases] : names)
+    for (auto [in, want] : cases) EXPECT_EQ(fn(in), want) << in;
+  const std::pair<int32_t, const char*> printed[] = {
+      {0, "0 bytes"},    {1023, "1023 bytes"}, {1024, "1 KB"},       {1536, "1 KB"},
+      {1048576, "1 MB"}, {1048575, "1023 KB"}, {2147483647, "1 GB"}, {-5, "-5 bytes"}};
+  for (auto [n, s] : printed) EXPECT_EQ(sizeToStr(n), s) << n;
   // "tb" and "pb" are rounded decimals, not powers of 1024.
   const std::pair<const char*, uint64_t> sizes[] = {
       {"1.5 KB", 1536},      {"2 tb", 2199024000000},    {"10", 10}, {"3mb", 3145728},
@@ -52,7 +35,7 @@ TEST(VFiles, FileNamePartsAndSizes) {
   for (auto [s, n] : sizes) EXPECT_EQ(parseSize(s), n) << s;
 }
 
-TEST(VFiles, WholeFiles) {
+TEST(VFiles, WholeFilesAndDirectories) {
   thTest::TempDir dir;
   std::string f = dir.file("t.txt"), missing = dir.file("missing"), b = dir.file("b"), c = dir.file("c");
   EXPECT_EQ(writeTextFile(f, "first\n", false) + writeTextFile(f, "second\n", true), 0);
@@ -77,17 +60,14 @@ TEST(VFiles, WholeFiles) {
   EXPECT_TRUE(fileExists(dir.file("e")) && renameFile(c, dir.file("f")) != 0);
   EXPECT_EQ(deleteFile(dir.file("e")), 0);
   EXPECT_TRUE(!fileExists(dir.file("e")) && deleteFile(dir.file("e")) == -1);
-}
 
-TEST(VFiles, Directories) {
-  thTest::TempDir dir;
+  // Directories: listDirs sees the folders only, not the files beside them.
   EXPECT_TRUE(makeDir(dir.file("beta")) && makeDir(dir.file("beta")));  // the second: already there
   EXPECT_TRUE(makeDir(dir.file("alpha.d")) && makeDir(dir.file("gamma")));
   EXPECT_FALSE(makeDir(dir.file("x/y/z")));
   EXPECT_EQ(deleteFile(dir.file("beta")), -1);  // a directory is not removed
-  thTest::writeText(dir.file("file.txt"), "x");
   EXPECT_TRUE(isDir(dir.path()) && isDir(dir.file("beta")));
-  EXPECT_FALSE(isDir(dir.file("file.txt")) || isDir(dir.file("missing")));
+  EXPECT_FALSE(isDir(f) || isDir(dir.file("missing")));
   using V = std::vector<std::string>;
   EXPECT_EQ(listDirs(dir.path()), (V{"alpha.d", "beta", "gamma"}));
   EXPECT_TRUE(listDirs(dir.path(), "*.d") == V{"alpha.d"} && listDirs(dir.path(), "?eta") == V{"beta"});
@@ -126,9 +106,6 @@ TEST(VFiles, Log) {
   EXPECT_EQ(listing.size(), 4u + 14 + 4 + 1) << listing;
   EXPECT_EQ(listing.substr(0, 4) + listing.substr(18), "work.log\n");
   EXPECT_EQ(readFileToString(dir.file(listing.substr(0, 22))), text);
-  logFileName = "";
-  logLevel = 0;
-  logMessage("nowhere");  // no log file set: nothing happens
   logFileName = savedName;
   logLevel = savedLevel;
 }

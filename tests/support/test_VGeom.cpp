@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <numeric>
+#include <tuple>
 
 #include "testutil/thTestUtil.h"
 
@@ -17,50 +19,40 @@ const double pi = std::acos(-1.0);
 
 TEST(VGeom, ArrayConversions) {
   float f[3] = {1.5f, -2.25f, 1e-30f};
-  std::unique_ptr<double[]> d(floatArr2doubleArr(f, 3));
+  std::unique_ptr<double[]> d(floatArr2doubleArr(f, 3)), none(floatArr2doubleArr(f, 0));
+  std::unique_ptr<float[]> back(doubleArr2floatArr(d.get(), 3)), noneF(doubleArr2floatArr(nullptr, 0));
   EXPECT_EQ(arr(d.get(), 3), (std::vector<double>{1.5, -2.25, static_cast<double>(1e-30f)}));
-  std::unique_ptr<float[]> back(doubleArr2floatArr(d.get(), 3));
   EXPECT_EQ(arr(back.get(), 3), arr(f, 3));
   // No elements: still a new array for the caller to delete; a negative count gives none.
-  std::unique_ptr<double[]> none(floatArr2doubleArr(f, 0));
-  std::unique_ptr<float[]> noneF(doubleArr2floatArr(nullptr, 0));
-  EXPECT_TRUE(none && noneF);
-  EXPECT_EQ(doubleArr2floatArr(nullptr, 3), nullptr);
-  EXPECT_EQ(floatArr2doubleArr(f, -1), nullptr);
+  EXPECT_TRUE(none && noneF && !doubleArr2floatArr(nullptr, 3) && !floatArr2doubleArr(f, -1));
 }
 
 TEST(VGeom, PolygonAreaAndPointInPolygon) {
   double x[4] = {0, 1, 1, 0}, y[4] = {0, 0, 1, 1}, tx[3] = {0, 4, 0}, ty[3] = {0, 0, 3};
   // A concave U: the notch between the two arms is outside.
   double ux[8] = {0, 3, 3, 2, 2, 1, 1, 0}, uy[8] = {0, 0, 3, 3, 1, 1, 3, 3};
-  EXPECT_DOUBLE_EQ(polygonArea(x, y, 4), 1.0);
-  EXPECT_DOUBLE_EQ(polygonArea(y, x, 4), 1.0);  // the other orientation
-  EXPECT_DOUBLE_EQ(polygonArea(tx, ty, 3), 6.0);
-  EXPECT_DOUBLE_EQ(polygonArea(ux, uy, 8), 7.0);
-  EXPECT_EQ(polygonArea(x, y, 0), 0.0);
-  // Left and lower edges are inside, right and upper edges outside.
-  const struct {
-    double px, py;
-    bool in;
-  } square[] = {{0.5, 0.5, true}, {0.0, 0.5, true},  {1.0, 0.5, false},
-                {0.5, 0.0, true}, {0.5, 1.0, false}, {2.0, 0.5, false}};
-  for (auto p : square) EXPECT_EQ(pointInPolygon(4, x, y, p.px, p.py), p.in) << p.px << " " << p.py;
-  EXPECT_FALSE(pointInPolygon(0, x, y, 0.5, 0.5));
-  EXPECT_FALSE(pointInPolygon(8, ux, uy, 1.5, 2.0));
-  EXPECT_TRUE(pointInPolygon(8, ux, uy, 0.5, 2.0));
+  // the unit square both ways round, a 4 x 3 right triangle, the U (a 3 x 3 square less its 1 x 2 notch)
+  EXPECT_EQ((std::vector<double>{polygonArea(x, y, 4), polygonArea(y, x, 4), polygonArea(tx, ty, 3),
+                                 polygonArea(ux, uy, 8), polygonArea(x, y, 0)}),
+            (std::vector<double>{1, 1, 6, 7, 0}));
+  // Left and lower edges of the square are inside, right and upper edges outside; n = 8 is the U.
+  const std::tuple<int32_t, double, double, bool> points[] = {
+      {4, 0.5, 0.5, true},  {4, 0.0, 0.5, true},  {4, 1.0, 0.5, false},
+      {4, 0.5, 0.0, true},  {4, 0.5, 1.0, false}, {4, 2.0, 0.5, false},
+      {0, 0.5, 0.5, false}, {8, 1.5, 2.0, false}, {8, 0.5, 2.0, true}};
+  for (auto [n, px, py, in] : points)
+    EXPECT_EQ(pointInPolygon(n, n == 8 ? ux : x, n == 8 ? uy : y, px, py), in) << n << " " << px << " " << py;
 }
 
-TEST(VGeom, SortPairedKeepsTheQuicksortOrderOfEqualKeys) {
-  // Orders of equal keys worked through by hand.
+TEST(VGeom, SortPairedAndAroundPoint) {
+  // Orders of equal keys worked through by hand: the quicksort's own.
   double k1[3] = {1, 1, 1}, *kp = k1;
-  int32_t p1[3] = {0, 1, 2}, *pp = p1;
+  int32_t p1[3] = {0, 1, 2}, k2[4] = {2, 1, 2, 1}, p2[4] = {0, 1, 2, 3}, *ik = k2, *pp = p1, *pp2 = p2;
   sortPaired(kp, pp, 0, 2);
-  EXPECT_EQ(arr(p1, 3), (std::vector<int32_t>{2, 1, 0}));
-  int32_t k2[4] = {2, 1, 2, 1}, p2[4] = {0, 1, 2, 3}, *ik = k2;
-  pp = p2;
-  sortPaired(ik, pp, 0, 3);
-  EXPECT_EQ(arr(k2, 4), (std::vector<int32_t>{1, 1, 2, 2}));
-  EXPECT_EQ(arr(p2, 4), (std::vector<int32_t>{3, 1, 0, 2}));
+  sortPaired(ik, pp2, 0, 3);
+  using V = std::vector<int32_t>;
+  EXPECT_EQ((std::vector<V>{arr(p1, 3), arr(k2, 4), arr(p2, 4)}),
+            (std::vector<V>{{2, 1, 0}, {1, 1, 2, 2}, {3, 1, 0, 2}}));
   // A larger set, a part of it only: ascending, each payload still with its key, nothing outside moved.
   std::srand(7);
   std::vector<double> keys(1000);
@@ -76,15 +68,10 @@ TEST(VGeom, SortPairedKeepsTheQuicksortOrderOfEqualKeys) {
   pp = nullptr;  // keys alone
   sortPaired(kp, pp, 0, 2);
   sortPaired(kp, pp, 2, 1);  // an empty range does nothing
-}
 
-TEST(VGeom, SortAroundPoint) {
-  // East, south, west, north of the origin.
+  // Around a point: east, south, west, north of the origin.
   double x[4] = {1, 0, -1, 0}, y[4] = {0, -1, 0, 1};
-  auto order = [](int32_t* o, int n) {
-    std::unique_ptr<int32_t[]> own(o);
-    return arr(o, n);
-  };
+  auto order = thTest::take<int32_t>;
   using V = std::vector<int32_t>;
   EXPECT_EQ(order(sortAroundPoint(x, y, 4, 0.0, 0.0, 90.0, true), 4), (V{3, 0, 1, 2}));  // north, clockwise
   EXPECT_EQ(order(sortAroundPoint(x, y, 4, 0.0, 0.0, 0.0, false), 4), (V{3, 2, 1, 0}));  // ccw past +x
@@ -99,41 +86,38 @@ TEST(VGeom, SortAroundPoint) {
   // A point a little west of north comes last clockwise.
   double wx[2] = {0, -0.001}, wy[2] = {1, 1};
   EXPECT_EQ(order(sortAroundPoint(wx, wy, 2, 0.0, 0.0, 90.0, true), 2), (V{0, 1}));
-  std::unique_ptr<int32_t[]> empty(sortAroundPoint(x, y, 0, 0.0, 0.0, 0.0, true));  // empty, not null
-  std::unique_ptr<int32_t[]> emptyIn(sortAroundPointInPlace(nullptr, nullptr, 0, 90.0, true));
+  // no points: an empty array, not null
+  std::unique_ptr<int32_t[]> empty(sortAroundPoint(x, y, 0, 0.0, 0.0, 0.0, true)),
+      emptyIn(sortAroundPointInPlace(nullptr, nullptr, 0, 90.0, true));
   EXPECT_TRUE(empty && emptyIn);
   EXPECT_EQ(sortAroundPoint(x, y, -1, 0.0, 0.0, 0.0, true), nullptr);
 }
 
-TEST(VGeom, IntersectSegments) {
+TEST(VGeom, SegmentsAnglesNormalsCentres) {
   double px = 0, py = 0;
-  EXPECT_EQ(intersectSegments(0, 0, 2, 2, 0, 2, 2, 0, px, py, 1e-10), 0);
-  EXPECT_EQ(std::vector<double>({px, py}), (std::vector<double>{1, 1}));
+  EXPECT_TRUE(intersectSegments(0, 0, 2, 2, 0, 2, 2, 0, px, py, 1e-10) == 0 && px == 1 && py == 1);
   EXPECT_EQ(intersectSegments(0, 0, 2, 0, 1, 0, 3, 0, px, py, 1e-10), -2);  // overlapping, parallel
   EXPECT_EQ(intersectSegments(0, 0, 1, 1, 3, 0, 2, 1, px, py, 1e-10), -1);  // lines cross at (1.5, 1.5)
-  EXPECT_EQ(intersectSegments(0, 0, 1, 1, 1, 1, 2, 0, px, py, 0.0), 0);     // touching ends count
-  EXPECT_DOUBLE_EQ(px, 1.0);
+  EXPECT_TRUE(intersectSegments(0, 0, 1, 1, 1, 1, 2, 0, px, py, 0.0) == 0 && px == 1);  // touching ends count
   // Tolerance: just beyond the end of the first segment (a short one) is accepted only near x1.
   EXPECT_EQ(intersectSegments(0, 0, 1e-5, 1e-5, -1, -5e-11, 1, -5e-11, px, py, 1e-3), 0);
   EXPECT_EQ(intersectSegments(1e-5, 1e-5, 0, 0, -1, -5e-11, 1, -5e-11, px, py, 1e-3), -1);
   float fx = 0, fy = 0;
-  EXPECT_EQ(intersectSegmentsF(0, 0, 2, 2, 0, 2, 2, 0, fx, fy), 0);
-  EXPECT_EQ(std::vector<float>({fx, fy}), (std::vector<float>{1, 1}));
+  EXPECT_TRUE(intersectSegmentsF(0, 0, 2, 2, 0, 2, 2, 0, fx, fy) == 0 && fx == 1 && fy == 1);
   EXPECT_EQ(intersectSegmentsF(0, 0, 1, 0, 0, 1, 1, 1, fx, fy), -2);
   EXPECT_EQ(intersectSegmentsF(0, 0, 1, 1, 3, 0, 2, 1, fx, fy), -1);
-}
 
-TEST(VGeom, AnglesLinesNormalsCentres) {
-  EXPECT_DOUBLE_EQ(angleBetweenLineSegments(0, 0, 1, 0, 5, 5, 5, 7), pi / 2);
-  EXPECT_DOUBLE_EQ(angleBetweenLineSegments(0, 0, 1, 1, 0, 0, 3, 3), 0.0);
-  EXPECT_DOUBLE_EQ(angleBetweenLineSegments(0, 0, 1, 1, 0, 0, -3, -3), pi);
+  // right, none, straight; at (1, 1) between (2, 0) and (0, 0): right; a segment without length: none
+  EXPECT_TRUE(thTest::near(
+      {angleBetweenLineSegments(0, 0, 1, 0, 5, 5, 5, 7), angleBetweenLineSegments(0, 0, 1, 1, 0, 0, 3, 3),
+       angleBetweenLineSegments(0, 0, 1, 1, 0, 0, -3, -3), angleAtPoint(2, 0, 1, 1, 0, 0)},
+      {pi / 2, 0, pi, pi / 2}, 1e-15));
   EXPECT_TRUE(std::isnan(angleBetweenLineSegments(0, 0, 0, 0, 0, 0, 1, 0)));
-  EXPECT_NEAR(angleAtPoint(2, 0, 1, 1, 0, 0), pi / 2, 1e-15);
-  EXPECT_DOUBLE_EQ(directionAngle(0, 0, 0, 1, 90, true), 0.0);
-  EXPECT_NEAR(directionAngle(0, 0, 1, 0, 90, true), 90.0, 1e-12);
+  // against a reference angle, in degrees and in radians
+  EXPECT_TRUE(thTest::near({directionAngle(0, 0, 0, 1, 90, true), directionAngle(0, 0, 1, 0, 90, true),
+                            directionAngle(0, 0, 1, 0, pi / 2, false), directionAngle(0, 0, 0, -1, 0, false)},
+                           {0, 90, pi / 2, pi / 2}, 1e-12));
   EXPECT_NEAR(directionAngle(0, 0, -1, 0, 90, true), 270.0, 1e-4);  // 180 x 57.29578 is not exactly 180
-  EXPECT_NEAR(directionAngle(0, 0, 1, 0, pi / 2, false), pi / 2, 1e-12);
-  EXPECT_NEAR(directionAngle(0, 0, 0, -1, 0, false), pi / 2, 1e-12);
   EXPECT_EQ((std::vector<int32_t>{sideOfLine(0, 0, 1, 0, 0.5, 1), sideOfLine(0, 0, 1, 0, 0.5, -1),
                                   sideOfLine(0, 0, 1, 0, 2, 0)}),
             (std::vector<int32_t>{1, -1, 0}));
@@ -154,17 +138,14 @@ TEST(VGeom, AnglesLinesNormalsCentres) {
     pairs[i].first();
     EXPECT_EQ((P{a, b}), pairs[i].second) << i;
   }
-  EXPECT_TRUE(xAxisCrossing(1, 1, 3, -1, a));
-  EXPECT_DOUBLE_EQ(a, 2.0);
+  EXPECT_TRUE(xAxisCrossing(1, 1, 3, -1, a) && a == 2.0);
   EXPECT_FALSE(xAxisCrossing(0, 1, 5, 1, a));
-  float fx, fy;
   circumcentreF(0, 0, 4, 0, 1, 3, fx, fy);
   EXPECT_EQ(std::vector<float>({fx, fy}), (std::vector<float>{2, 1}));
   double c;
-  EXPECT_TRUE(parabola3(0, 1, 1, 2, 2, 5, a, b, c));  // y = x^2 + 1
-  EXPECT_EQ(std::vector<double>({a, b, c}), (P{1, 0, 1}));
-  EXPECT_TRUE(parabola3(-1, 0, 3, 0, 1, -4, a, b, c));  // (x+1)(x-3) = x^2 - 2x - 3
-  EXPECT_EQ(std::vector<double>({a, b, c}), (P{1, -2, -3}));
+  EXPECT_TRUE(parabola3(0, 1, 1, 2, 2, 5, a, b, c) && (P{a, b, c} == P{1, 0, 1}));  // y = x^2 + 1
+  // (x + 1)(x - 3) = x^2 - 2x - 3
+  EXPECT_TRUE(parabola3(-1, 0, 3, 0, 1, -4, a, b, c) && (P{a, b, c} == P{1, -2, -3}));
   EXPECT_FALSE(parabola3(1, 0, 1, 1, 2, 2, a, b, c));
 }
 
@@ -180,8 +161,7 @@ TEST(VGeom, ResampleLineAndRibbon) {
   int32_t nNodes = -1, nQuads = -1, *quads = nullptr;
   auto release = [&] { delete[] nx, delete[] ny, delete[] quads; };
   lineRibbon(rx, ry, 3, nx, ny, nNodes, nQuads, quads, 2, 1.0);
-  ASSERT_EQ(nNodes, 9);
-  ASSERT_EQ(nQuads, 4);
+  ASSERT_TRUE(nNodes == 9 && nQuads == 4);
   // Each point carries a row across the line, from the right side (-1) to the left (+1).
   EXPECT_TRUE(thTest::near(arr(nx, 9), {0, 0, 0, 1, 1, 1, 2, 2, 2}, 1e-15));
   EXPECT_TRUE(thTest::near(arr(ny, 9), {-1, 0, 1, -1, 0, 1, -1, 0, 1}, 1e-15));
@@ -197,18 +177,16 @@ TEST(VGeom, ResampleLineAndRibbon) {
 }
 
 TEST(VGeom, GeodesyIdwCombinationsRandom) {
-  const struct {
-    double lon, lat;
-    int32_t zone;
-  } zones[] = {{9.5, 45.3, 32},  {147.2, -45.3, -55}, {-180.0, 0.0, 1},      {180.0, 10.0, 1},
-               {179.9, 1.0, 60}, {-3.0, 0.0, 30},     {std::nan(""), 0.0, 0}};
-  for (auto z : zones) EXPECT_EQ(utmZone(z.lon, z.lat), z.zone) << z.lon << " " << z.lat;
+  const std::tuple<double, double, int32_t> zones[] = {
+      {9.5, 45.3, 32},  {147.2, -45.3, -55}, {-180.0, 0.0, 1},      {180.0, 10.0, 1},
+      {179.9, 1.0, 60}, {-3.0, 0.0, 30},     {std::nan(""), 0.0, 0}};
+  for (auto [lon, lat, zone] : zones) EXPECT_EQ(utmZone(lon, lat), zone) << lon << " " << lat;
   double dLon, dLat;
   metres2Degrees(6378137.0 * 0.01745329, 60.0, dLon, dLat);
   EXPECT_TRUE(thTest::near({dLon, dLat}, {2.0, 1.0}, 1e-5));  // 1 / cos 60
   // A quarter of a meridian and half a turn along the equator: radius times angle.
-  EXPECT_NEAR(greatCircleDistance(0, 0, 0, 90), 6378137.0 * 90 * 0.01745329, 1e-6);
-  EXPECT_NEAR(greatCircleDistance(0, 0, 180, 0), 6378137.0 * 180 * 0.01745329, 1e-6);
+  EXPECT_TRUE(thTest::near({greatCircleDistance(0, 0, 0, 90), greatCircleDistance(0, 0, 180, 0)},
+                           {6378137.0 * 90 * 0.01745329, 6378137.0 * 180 * 0.01745329}, 1e-6));
   EXPECT_EQ(greatCircleDistance(5, 5, 5, 5), 0.0);
 
   double xs[2] = {0, 2}, ys[2] = {0, 0}, vs[2] = {1, 3};
@@ -223,23 +201,19 @@ TEST(VGeom, GeodesyIdwCombinationsRandom) {
   using C = std::vector<std::vector<int32_t>>;
   EXPECT_EQ(indexCombinations({2, 3}), (C{{0, 0}, {0, 1}, {0, 2}, {1, 0}, {1, 1}, {1, 2}}));
   EXPECT_EQ(indexCombinations({1}), (C{{0}}));
-  EXPECT_EQ(indexCombinations({}), C{});
-  EXPECT_EQ(indexCombinations({2, 0}), C{});
+  EXPECT_TRUE(indexCombinations({}).empty() && indexCombinations({2, 0}).empty());
 
   std::srand(1);
-  double sum = 0;
-  for (int i = 0; i < 2000; i++) {
-    const double r = randomInRange(2.0, 3.0);
-    ASSERT_TRUE(r >= 2.0 && r < 3.0) << r;
-    sum += r;
-  }
-  EXPECT_NEAR(sum / 2000, 2.5, 0.03);
+  std::vector<double> r(2000);
+  for (double& v : r) v = randomInRange(2.0, 3.0);
+  EXPECT_TRUE(*std::min_element(r.begin(), r.end()) >= 2.0 && *std::max_element(r.begin(), r.end()) < 3.0);
+  EXPECT_NEAR(std::accumulate(r.begin(), r.end(), 0.0) / 2000, 2.5, 0.03);
 }
 
 // Reference values from PROJ (cs2cs +proj=longlat +datum=WGS84 +to +proj=utm +zone=Z [+south]).
 // The series converts degrees with the rounded 0.01745329, which is 1.44e-7 relative below pi/180:
-// that moves the northing by up to about a metre at high latitudes. So each point is checked twice:
-// against PROJ at the same position (within 1.2 m), and against PROJ fed with the position that the
+// that moves the northing by up to about a metre at high latitudes (PROJ's two answers below lie
+// within 1.2 m of each other). So each point is checked against PROJ fed with the position that the
 // rounded constant makes of it, lat x r and lon0 + (lon - lon0) x r with r = 0.01745329 / (pi/180),
 // where the series itself must agree within 2 mm (it does to 1 mm even 3 degrees off the central
 // meridian and at 70 degrees south).
@@ -270,7 +244,6 @@ TEST(VGeom, UTMAgainstProj) {
     double x, y, lon, lat, lon0 = std::abs(r.zone) * 6 - 183;
     latLon2UTM(r.lon, r.lat, r.zone, x, y);
     EXPECT_TRUE(thTest::near({x, y}, {r.xEff, r.yEff}, 0.002)) << r.lon << " " << r.lat;
-    EXPECT_TRUE(thTest::near({x, y}, {r.x, r.y}, 1.2)) << r.lon << " " << r.lat;
     UTM2latLon(r.x, r.y, r.zone, lon, lat);
     EXPECT_TRUE(thTest::near({lon, lat}, {lon0 + (r.lon - lon0) * s, r.lat * s}, 1e-8)) << r.lon;
   }

@@ -9,16 +9,13 @@ using namespace VCppLib;
 TEST(VStats, ValuesAndReport) {
   double mean, sd, rms;
   meanStdRms({2, 4, 4, 4, 5, 5, 7, 9}, mean, sd, rms);
-  EXPECT_DOUBLE_EQ(mean, 5.0);
-  EXPECT_DOUBLE_EQ(sd, 2.0);  // population form
-  EXPECT_DOUBLE_EQ(rms, std::sqrt(232.0 / 8));
+  EXPECT_TRUE(thTest::near({mean, sd, rms}, {5, 2, std::sqrt(232.0 / 8)}, 1e-14));  // sd: population form
   meanStdRms({}, mean, sd, rms);
   EXPECT_TRUE(std::isnan(mean) && std::isnan(sd) && std::isnan(rms));
 
   EXPECT_EQ(statsReport({1, -3}, mean, sd, rms),
             "count:\t2\nmin:\t1\t(idx=0)\nmax:\t3\t(idx=1)\nmean:\t-1\nvariance:\t2\nRMS:\t2.23607");
-  EXPECT_DOUBLE_EQ(mean, -1.0);
-  EXPECT_DOUBLE_EQ(sd, 2.0);
+  EXPECT_TRUE(thTest::near({mean, sd}, {-1, 2}, 1e-15));
   // Magnitudes, the first of equal ones keeping the place.
   EXPECT_EQ(statsReport({-2, 2, 0.5, -0.5}),
             "count:\t4\nmin:\t0.5\t(idx=2)\nmax:\t2\t(idx=0)\nmean:\t0\nvariance:\t1.45774\nRMS:\t1.45774");

@@ -1,34 +1,26 @@
 #include "support/VStr.h"
 
+#include <tuple>
+
 #include "testutil/thTestUtil.h"
 
 using namespace VCppLib::VStr;
 
-TEST(VStr, TextHelpersByTable) {
-  using S = std::string;
-  const std::pair<S, S> cases[] = {
-      {toString<int>(7, -1, 2), "07"},
-      {toString<int>(123, -1, 2), "123"},
-      {toString<int>(-7, -1, 3), "0-7"},  // the fill stands left of the sign
-      {toString<double>(1.5, 3), "1.500"},
-      {toString<double>(1.5), "1.5"},
-      {toString<double>(0.1234567), "0.123457"},
-      {toString<double>(1e37), "1e+37"},
-      {toString<double>(2.25, 1, 6), "0002.2"},  // round half to even of the binary value
-      {replaceAll("aaa", "a", "aa"), "aaaaaa"},  // the inserted text is not rescanned
-      {replaceAll("abc", "", "x"), "abc"},
-      {replaceAll("a.b.c", ".", ""), "abc"},
-      {joinStrings({"a", "b", "c"}, ", "), "a, b, c"},
-      {joinStrings({}, ",") + joinStrings({"x"}, ","), "x"},
-      {toLower("AbC-1\xC4"), "abc-1\xC4"},  // bytes above 127 are left alone
-      {toUpper("aBc"), "ABC"},
-      {boolStr(true) + boolStr(false), "truefalse"},
-      {padLeft("ab", 5), "   ab"},
-      {padLeft("abcdef", 3), "abcdef"},
-      {stripTrailingNewlines("a\nb\n\n\n"), "a\nb"},
-      {stripTrailingNewlines("\n\n"), ""},
-      {stripTrailingNewlines("a\r\n"), "a\r"}};
-  for (const auto& [got, want] : cases) EXPECT_EQ(got, want);
+TEST(VStr, TextHelpersAndTokenize) {
+  using V = std::vector<std::string>;
+  // toString: the fill stands left of the sign; 2.25 rounds half to even (of its binary value)
+  EXPECT_EQ((V{toString<int>(7, -1, 2), toString<int>(123, -1, 2), toString<int>(-7, -1, 3),
+               toString<double>(1.5, 3), toString<double>(1.5), toString<double>(0.1234567),
+               toString<double>(1e37), toString<double>(2.25, 1, 6)}),
+            (V{"07", "123", "0-7", "1.500", "1.5", "0.123457", "1e+37", "0002.2"}));
+  // replaceAll does not rescan the text it inserts; toLower leaves bytes above 127 alone
+  EXPECT_EQ((V{replaceAll("aaa", "a", "aa"), replaceAll("abc", "", "x"), replaceAll("a.b.c", ".", ""),
+               joinStrings({"a", "b", "c"}, ", "), joinStrings({}, ",") + joinStrings({"x"}, ","),
+               toLower("AbC-1\xC4"), toUpper("aBc"), boolStr(true) + boolStr(false), padLeft("ab", 5),
+               padLeft("abcdef", 3), stripTrailingNewlines("a\nb\n\n\n"), stripTrailingNewlines("\n\n"),
+               stripTrailingNewlines("a\r\n")}),
+            (V{"aaaaaa", "abc", "abc", "a, b, c", "x", "abc-1\xC4", "ABC", "truefalse", "   ab", "abcdef",
+               "a\nb", "", "a\r"}));
   EXPECT_TRUE(startsWith("hello", "he") && startsWith("hello", "") && endsWith("file.nc", ".nc") &&
               isTrueStr("true"));
   EXPECT_FALSE(startsWith("he", "hello") || startsWith("Hello", "he") || endsWith("nc", "file.nc") ||
@@ -36,31 +28,18 @@ TEST(VStr, TextHelpersByTable) {
   EXPECT_EQ((std::vector<int>{findNonNumeric("12.5e+3\n"), findNonNumeric(""), findNonNumeric("1 2x", false),
                               findNonNumeric("1 2x", true), findNonNumeric("x12", true)}),
             (std::vector<int>{-1, -1, 1, 3, 0}));
-}
-
-TEST(VStr, IntegerAndNumberTests) {
-  const std::pair<const char*, bool> ints[] = {{"--", true},   {"12-3", true}, {"007", true},
-                                               {"1.5", false}, {"", false},    {" 1", false}};
-  for (auto [s, want] : ints) EXPECT_EQ(isInteger(s), want) << s;
-  const std::pair<const char*, bool> nums[] = {{"1e5", true},   {"  -2.5", true}, {".5", true},
-                                               {"1 ", false},   {"abc", false},   {"", false},
-                                               {"1.5x", false}, {"1,5", false}};
-  for (auto [s, want] : nums) EXPECT_EQ(isNumber(s), want) << s;
-}
-
-TEST(VStr, Tokenize) {
-  using V = std::vector<std::string>;
-  const struct {
-    const char *text, *delims;
-    bool skipEmpty;
-    V want;
-  } cases[] = {{"a,,b", ",", false, {"a", "", "b"}},
-               {"a,,b", ",", true, {"a", "b"}},
-               {"a,b,", ",", false, {"a", "b", ""}},
-               {"a b\tc", " \t", false, {"a", "b", "c"}},
-               {"", ",", false, {""}},
-               {"", ",", true, {}},
-               {"abc", "", false, {"abc"}},
-               {",", ",", false, {"", ""}}};
-  for (const auto& c : cases) EXPECT_EQ(tokenize(c.text, c.delims, c.skipEmpty), c.want) << c.text;
+  // text, isInteger (digits and "-" anywhere), isNumber (a whole double, leading blanks allowed)
+  const std::tuple<const char*, bool, bool> numbers[] = {
+      {"--", true, false},  {"12-3", true, false}, {"007", true, true},   {"1.5", false, true},
+      {"", false, false},   {" 1", false, true},   {"1e5", false, true},  {"  -2.5", false, true},
+      {".5", false, true},  {"1 ", false, false},  {"abc", false, false}, {"1.5x", false, false},
+      {"1,5", false, false}};
+  for (auto [s, isInt, isNum] : numbers) EXPECT_TRUE(isInteger(s) == isInt && isNumber(s) == isNum) << s;
+  // tokenize keeps empty tokens unless told to skip them
+  EXPECT_EQ(
+      (std::vector<V>{tokenize("a,,b", ",", false), tokenize("a,,b", ",", true), tokenize("a,b,", ",", false),
+                      tokenize("a b\tc", " \t", false), tokenize("", ",", false), tokenize("", ",", true),
+                      tokenize("abc", "", false), tokenize(",", ",", false)}),
+      (std::vector<V>{
+          {"a", "", "b"}, {"a", "b"}, {"a", "b", ""}, {"a", "b", "c"}, {""}, {}, {"abc"}, {"", ""}}));
 }

@@ -4,42 +4,30 @@
 
 using namespace VCppLib;
 
-TEST(VXml, WrapAndElements) {
-  EXPECT_EQ(xmlWrap("abc", "x", false), "<x>abc</x>");
-  EXPECT_EQ(xmlWrap("a\nb\n", "x", true), "<x>\n\ta\n\tb\n</x>\n");
-  // Nested blocks indent one tab a level.
-  EXPECT_EQ(xmlWrap(xmlWrap("v\n", "in", true), "out", true), "<out>\n\t<in>\n\t\tv\n\t</in>\n</out>\n");
-  EXPECT_EQ(xmlWrap("", "x", true), "<x>\n</x>\n");
-  // A text literal must not fall to the bool overload.
-  EXPECT_EQ(xmlElement("n", "5", "\t"), "\t<n>5</n>\n");
-  EXPECT_EQ(xmlElement("n", std::string("5")), "<n>5</n>\n");
-  EXPECT_EQ(xmlElement("flag", true, "  ") + xmlElement("flag", false),
-            "  <flag>true</flag>\n<flag>false</flag>\n");
-}
-
-TEST(VXml, FindGetAppendSet) {
-  int32_t len = 0;
-  EXPECT_EQ(xmlFindTag("<a><b>1</b></a>", "c", len, "/"), -1);
-  EXPECT_EQ(len, -1);
-  EXPECT_EQ(xmlFindTag("<a><b>1</b></a>", "a/b", len, "/"), 3);
-  EXPECT_EQ(len, 4);
-  EXPECT_EQ(xmlFindTag("<a></a><b>1</b>", "a/b", len, "/"), -1);  // the child must lie inside the parent
-  struct {
-    const char *text, *path, *delim, *want;
-  } gets[] = {{"<a><b>1</b></a>", "c", "/", ""},
-              {"<a><b>1</b></a>", "a/b", "/", "1"},
-              {"<a><b>1</b></a>", "a", "/", "<b>1</b>"},
-              {"<a><b></b></a>", "a/b", "/", ""},
-              {"<c><b>2</b></c><a><b>1</b></a>", "a/b", "/", "1"},
-              {"<a/b>3</a/b>", "a/b", "", "3"},    // an empty delimiter makes the whole path one tag
-              {"<a x=\"1\">v</a>", "a", "/", ""},  // attributes are not matched
-              {"</a><a>", "a", "/", ""},
-              {"", "a", "/", ""},
-              {"<a>unclosed", "a", "/", ""}};
-  for (const auto& g : gets) EXPECT_EQ(xmlGetValue(g.text, g.path, g.delim), g.want) << g.text;
-  EXPECT_EQ(xmlAppendToValue("<a><b>1</b></a>", "a/b", "2", "/"), "<a><b>12</b></a>");
-  EXPECT_EQ(xmlAppendToValue("<a>x</a>", "a", "<c>y</c>"), "<a>x<c>y</c></a>");
-  EXPECT_EQ(xmlAppendToValue("<a>x</a>", "q", "z"), "<a>x</a>");
-  EXPECT_EQ(xmlSetValue("<r><a>old</a></r>", "a", "new"), "<r><a>new</a></r>");
-  EXPECT_EQ(xmlSetValue("<r><a>old</a></r>", "q", "new"), "<r><a>old</a></r>");
+TEST(VXml, WrapElementsFindGetAppendSet) {
+  using V = std::vector<std::string>;
+  // Nested blocks indent one tab a level; a text literal must not fall to the bool overload.
+  EXPECT_EQ(
+      (V{xmlWrap("abc", "x", false), xmlWrap("a\nb\n", "x", true),
+         xmlWrap(xmlWrap("v\n", "in", true), "out", true), xmlWrap("", "x", true), xmlElement("n", "5", "\t"),
+         xmlElement("n", std::string("5")), xmlElement("flag", true, "  ") + xmlElement("flag", false)}),
+      (V{"<x>abc</x>", "<x>\n\ta\n\tb\n</x>\n", "<out>\n\t<in>\n\t\tv\n\t</in>\n</out>\n", "<x>\n</x>\n",
+         "\t<n>5</n>\n", "<n>5</n>\n", "  <flag>true</flag>\n<flag>false</flag>\n"}));
+  const std::string ab = "<a><b>1</b></a>";
+  // the offset and length of the innermost element's content; a child must lie inside its parent
+  int32_t len = 0, lenB = 0, lenC = 0;
+  EXPECT_EQ((std::vector<int32_t>{xmlFindTag(ab, "c", len, "/"), len, xmlFindTag(ab, "a/b", lenB, "/"), lenB,
+                                  xmlFindTag("<a></a><b>1</b>", "a/b", lenC, "/")}),
+            (std::vector<int32_t>{-1, -1, 3, 4, -1}));
+  // An empty delimiter makes the whole path one tag; attributes are not matched.
+  EXPECT_EQ((V{xmlGetValue(ab, "c"), xmlGetValue(ab, "a/b"), xmlGetValue(ab, "a"),
+               xmlGetValue("<a><b></b></a>", "a/b"), xmlGetValue("<c><b>2</b></c>" + ab, "a/b"),
+               xmlGetValue("<a/b>3</a/b>", "a/b", ""), xmlGetValue("<a x=\"1\">v</a>", "a"),
+               xmlGetValue("</a><a>", "a"), xmlGetValue("", "a"), xmlGetValue("<a>unclosed", "a")}),
+            (V{"", "1", "<b>1</b>", "", "1", "3", "", "", "", ""}));
+  EXPECT_EQ(
+      (V{xmlAppendToValue(ab, "a/b", "2", "/"), xmlAppendToValue("<a>x</a>", "a", "<c>y</c>"),
+         xmlAppendToValue("<a>x</a>", "q", "z"), xmlSetValue("<r><a>old</a></r>", "a", "new"),
+         xmlSetValue("<r><a>old</a></r>", "q", "new")}),
+      (V{"<a><b>12</b></a>", "<a>x<c>y</c></a>", "<a>x</a>", "<r><a>new</a></r>", "<r><a>old</a></r>"}));
 }

@@ -3,7 +3,6 @@
 // builders that fill a mesh's arrays directly.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -65,30 +64,6 @@ inline void stripMesh(thalmod::thMesh2D& m, bool openRight, bool openLeft) {
 
 // A grid of nx by ny cells of 10 m, each a square or (at random) two triangles, with the right
 // side open boundary 1 and, if asked, the left side open boundary 2.
-inline void gridMesh(thalmod::thMesh2D& m, int32_t nx, int32_t ny, std::mt19937& rng, bool openLeft) {
-  std::vector<double> x, y;
-  std::vector<int32_t> t;
-  for (int32_t j = 0; j <= ny; j++) {
-    for (int32_t i = 0; i <= nx; i++) {
-      x.push_back(i * 10.0);
-      y.push_back(j * 10.0);
-      t.push_back(i == nx ? 1 : (i == 0 && openLeft ? 2 : 0));
-    }
-  }
-  std::vector<std::vector<int32_t>> elems;
-  std::bernoulli_distribution split(0.4);
-  for (int32_t j = 0; j < ny; j++) {
-    for (int32_t i = 0; i < nx; i++) {
-      const int32_t a = j * (nx + 1) + i, b = a + 1, c = b + nx + 1, d = a + nx + 1;
-      if (split(rng)) {
-        elems.push_back({a, b, c});
-        elems.push_back({a, c, d});
-      } else {
-        elems.push_back({a, b, c, d});
-      }
-    }
-  }
-  buildMesh(m, x, y, t, elems);
-}
+void gridMesh(thalmod::thMesh2D& m, int32_t nx, int32_t ny, std::mt19937& rng, bool openLeft);
 
 }  // namespace thTest

@@ -41,12 +41,16 @@ struct SmallModel {
   static constexpr int non = 8, noe = 4, nol = 3, cells = 9, nt = 3;
   static constexpr int64_t startDT = 1262304000;  // 2010-01-01 00:00:00
   static constexpr double dt = 3600.0;
-  static const std::vector<double> x, y;    // node coordinates
-  static const std::vector<int> nodeType;   // as stored: 1 on the open boundary, else 99
-  static const std::vector<int> nonpe, en;  // element nodes
-  static const std::vector<double> vorX, vorY, bathy, dz;
-  static const std::vector<int> ebli, botlayerIdx, enol;
-  static const std::vector<double> layerDepth;
+  // node coordinates and types (as stored: 1 on the open boundary, else 99)
+  static inline const std::vector<double> x = {0, 100, 200, 300, 0, 100, 200, 300};
+  static inline const std::vector<double> y = {0, 0, 0, 0, 100, 100, 100, 100};
+  static inline const std::vector<int> nodeType = {1, 99, 99, 99, 1, 99, 99, 99};
+  // element nodes
+  static inline const std::vector<int> nonpe = {4, 4, 3, 3}, en = {0, 1, 5, 4, 1, 2, 6, 5, 2, 3, 7, 2, 7, 6};
+  static inline const std::vector<double> vorX = {50, 150, 270, 230}, vorY = {50, 50, 30, 70};
+  static inline const std::vector<double> bathy = {15, 5, 1.5, 10}, dz = {10, 5, 2};
+  static inline const std::vector<int> ebli = {0, 1, 2, 0}, botlayerIdx = {0, 3, 5, 6}, enol = {3, 2, 1, 3};
+  static inline const std::vector<double> layerDepth = {12, 4.5, 1};
   // The values of the items, by hand.
   static float temp(int t, int cell);
   static float elev(int t, int elem);
@@ -69,6 +73,8 @@ struct SmallModelOptions {
 std::string smallModelCdl(const SmallModelOptions& opt = {});
 // Writes the small model as a NetCDF-4 file through ncgen.
 void writeSmallModelNc(const std::string& ncPath, const SmallModelOptions& opt = {});
+// The same, returning the path, for a file to be opened at once.
+std::string smallModelNc(const std::string& ncPath, const SmallModelOptions& opt = {});
 
 // The small model built in memory the way a running model sets itself up (projection "UTM32",
 // flavor 3, Voronoi points worked out by initMesh), ready for writing.

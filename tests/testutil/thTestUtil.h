@@ -81,30 +81,33 @@ inline ::testing::AssertionResult near(const std::vector<double>& got, const std
   return ::testing::AssertionSuccess();
 }
 
+// The message of the VCppLib::VException that f throws; the test fails if f throws none.
+template <typename F>
+std::string vexceptionMessage(F f, const char* stmt) {
+  try {
+    f();
+  } catch (const VCppLib::VException& e) {
+    return e.message;
+  }
+  ADD_FAILURE() << "expected a VException from " << stmt;
+  return "";
+}
+
+inline ::testing::AssertionResult contains(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "\"" << text << "\" does not contain \"" << part << "\"";
+}
+
 }  // namespace thTest
 
 // Checks that a statement throws VCppLib::VException whose message is exactly `msg`.
-#define EXPECT_VEXCEPTION(stmt, msg)                                               \
-  do {                                                                             \
-    bool thrown_ = false;                                                          \
-    try {                                                                          \
-      stmt;                                                                        \
-    } catch (const VCppLib::VException& e_) {                                      \
-      thrown_ = true;                                                              \
-      EXPECT_EQ(e_.message, std::string(msg));                                     \
-    }                                                                              \
-    EXPECT_TRUE(thrown_) << "expected VException \"" << (msg) << "\" from " #stmt; \
+#define EXPECT_VEXCEPTION(stmt, msg)                                              \
+  do {                                                                            \
+    EXPECT_EQ(thTest::vexceptionMessage([&] { stmt; }, #stmt), std::string(msg)); \
   } while (0)
 
 // Checks that a statement throws VCppLib::VException whose message contains `part`.
-#define EXPECT_VEXCEPTION_HAS(stmt, part)                                                      \
-  do {                                                                                         \
-    bool thrown_ = false;                                                                      \
-    try {                                                                                      \
-      stmt;                                                                                    \
-    } catch (const VCppLib::VException& e_) {                                                  \
-      thrown_ = true;                                                                          \
-      EXPECT_NE(e_.message.find(part), std::string::npos) << e_.message;                       \
-    }                                                                                          \
-    EXPECT_TRUE(thrown_) << "expected VException containing \"" << (part) << "\" from " #stmt; \
+#define EXPECT_VEXCEPTION_HAS(stmt, part)                                                 \
+  do {                                                                                    \
+    EXPECT_TRUE(thTest::contains(thTest::vexceptionMessage([&] { stmt; }, #stmt), part)); \
   } while (0)

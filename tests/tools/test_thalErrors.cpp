@@ -1,6 +1,4 @@
 // Every mistake of a user ends in one clear line on standard error and exit status 1.
-#include "resultfile/thResultFile.h"
-
 #include "thalRun.h"
 
 namespace {
@@ -38,19 +36,16 @@ TEST(ThalErrors, CommandLineMistakes) {
 
 TEST(ThalErrors, FilesThatCannotBeRead) {
   thTest::TempDir d;
-  expectFailure(thal("info " + quoted(d.file("missing.nc"))),
-                "No such file: '" + d.file("missing.nc") + "'.");
+  auto info = [&](const std::string& name) { return thal("info " + quoted(d.file(name))); };
+  expectFailure(info("missing.nc"), "No such file: '" + d.file("missing.nc") + "'.");
   expectFailure(thal("info " + quoted(d.path())), "'" + d.path() + "' is a folder, not a file.");
   thTest::writeText(d.file("empty.nc"), "");
-  expectFailureHas(thal("info " + quoted(d.file("empty.nc"))),
-                   "Cannot read the result file '" + d.file("empty.nc") + "': ");
   thTest::writeText(d.file("garbage.nc"), std::string(5000, 'x'));
-  expectFailureHas(thal("info " + quoted(d.file("garbage.nc"))),
-                   "Cannot read the result file '" + d.file("garbage.nc") + "': ");
+  for (const std::string bad : {"empty.nc", "garbage.nc"})
+    expectFailureHas(info(bad), "Cannot read the result file '" + d.file(bad) + "': ");
   thTest::writeText(d.file("notes.txt"), "hello\n");
-  expectFailure(thal("info " + quoted(d.file("notes.txt"))),
-                "Cannot read the result file '" + d.file("notes.txt") +
-                    "': str2fileFmtEnum: invalid format definition (TXT).");
+  expectFailure(info("notes.txt"), "Cannot read the result file '" + d.file("notes.txt") +
+                                       "': str2fileFmtEnum: invalid format definition (TXT).");
   expectFailureHas(thal("paint-bathy " + quoted(d.file("garbage.nc")) + " -o " + quoted(d.file("b.png"))),
                    "Cannot read the bathymetry '" + d.file("garbage.nc") + "': ");
   expectFailure(thal("sample /dev/null/sample"),
@@ -58,61 +53,55 @@ TEST(ThalErrors, FilesThatCannotBeRead) {
 }
 
 TEST_F(SampleRun, WrongItemsTimesLayersAndPoints) {
-  const std::string f = quoted(run());
-  const std::string name = "'" + run() + "'";
+  const std::string f = quoted(run()), name = "'" + run() + "'";
   thTest::TempDir d;
-  const std::string png = quoted(d.file("x.png"));
-  expectFailure(thal("paint " + f + " --item salt --time 0 -o " + png),
-                "No item 'salt' in " + name + "; the items are temperature, salinity, elevation.");
-  expectFailure(thal("paint " + f + " --item temperature --time 48 -o " + png),
-                "Timestep 48 is out of range: " + name + " has timesteps 0 to 47.");
-  expectFailure(thal("paint " + f + " --item temperature --time '2024-07-01 00:00:00' -o " + png),
-                "The time 2024-07-01 00:00:00 lies outside the run in " + name +
-                    ", 48 timesteps from 2024-06-01 00:00:00 to 2024-06-02 23:00:00.");
-  expectFailure(thal("paint " + f + " --item temperature --time noon -o " + png),
-                "The time 'noon' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS.");
-  expectFailure(
-      thal("paint " + f + " --item temperature --time 0 --layer 20 -o " + png),
-      "Layer 20 is out of range: " + name +
-          " has layers 0 (bottom) to 19 (surface); -1 is each element's bottom cell and 999 its top cell.");
-  expectFailure(thal("paint " + f + " --item temperature --time 0 --palette plaid -o " + png),
-                "Unknown palette 'plaid'; the palettes are turbo, viridis, deep, balance, gray.");
-  expectFailure(thal("paint " + f + " --item temperature --time 0 --size 400 -o " + png),
-                "The size '400' is not of the form WIDTHxHEIGHT.");
-  expectFailure(thal("paint " + f + " --item temperature --time 0 --range 9:3 -o " + png),
-                "The range '9:3' needs MIN below MAX.");
+  const std::string png = quoted(d.file("x.png")), paint = "paint " + f + " -o " + png + " --item ",
+                    t0 = paint + "temperature --time 0 ";
+  const std::pair<std::string, std::string> cases[] = {
+      {paint + "salt --time 0",
+       "No item 'salt' in " + name + "; the items are temperature, salinity, elevation."},
+      {paint + "temperature --time 48", "Timestep 48 is out of range: " + name + " has timesteps 0 to 47."},
+      {paint + "temperature --time '2024-07-01 00:00:00'",
+       "The time 2024-07-01 00:00:00 lies outside the run in " + name +
+           ", 48 timesteps from 2024-06-01 00:00:00 to 2024-06-02 23:00:00."},
+      {paint + "temperature --time noon",
+       "The time 'noon' is neither a timestep number nor a date-time YYYY-MM-DD HH:MM:SS."},
+      {t0 + "--layer 20",
+       "Layer 20 is out of range: " + name +
+           " has layers 0 (bottom) to 19 (surface); -1 is each element's bottom cell and 999 its top cell."},
+      {t0 + "--palette plaid",
+       "Unknown palette 'plaid'; the palettes are turbo, viridis, deep, balance, gray."},
+      {t0 + "--size 400", "The size '400' is not of the form WIDTHxHEIGHT."},
+      {t0 + "--range 9:3", "The range '9:3' needs MIN below MAX."},
+      {"series " + f + " --item elevation --at 0,0",
+       "The point (0, 0) lies outside the mesh of " + name + "."},
+      {"series " + f + " --item elevation --at 500000", "The point '500000' is not of the form X,Y."},
+      {"profile " + f + " --item elevation --at 1,1 --time 0",
+       "Item 'elevation' is a 2-D item; a profile needs a 3-D item."}};
+  for (const auto& [args, message] : cases) expectFailure(thal(args), message);
   expectFailureHas(
       thal("paint " + f + " --item temperature --time 0 -o " + quoted(d.file("no/such/dir/x.png"))),
       "Cannot write the picture '" + d.file("no/such/dir/x.png") + "': ");
-  expectFailure(thal("series " + f + " --item elevation --at 0,0"),
-                "The point (0, 0) lies outside the mesh of " + name + ".");
-  expectFailure(thal("series " + f + " --item elevation --at 500000"),
-                "The point '500000' is not of the form X,Y.");
-  expectFailure(thal("profile " + f + " --item elevation --at 1,1 --time 0"),
-                "Item 'elevation' is a 2-D item; a profile needs a 3-D item.");
   expectFailureHas(thal("paint-bathy " + f + " -o " + png), "Cannot read the bathymetry ");
+  expectFailureHas(thal("section " + f + " --item elevation --line 0,0:1,1 --time 0 --csv"),
+                   "a section needs a 3-D item.");
 
   // A layer above the surface, and one below the sea bed of a shallow element near the head.
-  thalmod::thResultFile rf(run(), -1);
-  const thalmod::thMesh2D& g = rf.mInfo.mesh2d;
   int32_t shallow = 0;
-  while (rf.mInfo.ebli[shallow] < 15) ++shallow;
-  const std::string at = point(g.exCoor[shallow], g.eyCoor[shallow]);
-  const std::string layers = std::to_string(rf.mInfo.ebli[shallow]) + " (bottom) to 19 (surface).";
-  expectFailure(thal("series " + f + " --item temperature --layer 2 --at " + at),
+  while (model().ebli[shallow] < 15) ++shallow;
+  const std::string layers = std::to_string(model().ebli[shallow]) + " (bottom) to 19 (surface).";
+  expectFailure(thal("series " + f + " --item temperature --layer 2 --at " + at(shallow)),
                 "Layer 2 is out of range: element " + std::to_string(shallow) + " of " + name +
                     " has layers " + layers);
 }
 
 TEST_F(SampleRun, TruncatedAndDamagedRunsFailCleanly) {
-  thalmod::thResultFile rf(run(), -1);
-  const std::string at = point(rf.mInfo.mesh2d.exCoor[100], rf.mInfo.mesh2d.eyCoor[100]);
   thTest::TempDir d;
   const std::string cut = d.file("cut.nc");
   const std::string whole = thTest::readText(run());
   for (size_t keep : {size_t(8), size_t(2000), whole.size() / 2, whole.size() - 1}) {
     thTest::writeText(cut, whole.substr(0, keep));
-    expectFailureHas(thal("series " + quoted(cut) + " --item elevation --at " + at),
+    expectFailureHas(thal("series " + quoted(cut) + " --item elevation --at " + at(100)),
                      "Cannot read the result file");
   }
   // Data blocks overwritten in the middle of the file: a series that meets them ends in one
@@ -122,7 +111,7 @@ TEST_F(SampleRun, TruncatedAndDamagedRunsFailCleanly) {
   thTest::writeText(cut, damaged);
   int failures = 0;
   for (const char* item : {"temperature", "salinity", "elevation"}) {
-    Result r = thal("series " + quoted(cut) + " --item " + item + " --at " + at);
+    Result r = thal("series " + quoted(cut) + " --item " + item + " --at " + at(100));
     if (r.status == 0) {
       EXPECT_EQ(lines(r.out).size(), 49u);
       continue;

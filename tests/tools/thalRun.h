@@ -7,17 +7,18 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "resultfile/thResultFile.h"
 #include "testutil/thTestUtil.h"
 
 namespace thalTest {
 
 struct Result {
   int status = -1;
-  std::string out;  // standard output
-  std::string err;  // standard error
+  std::string out, err;  // standard output and standard error
 };
 
 // Runs `thal ARGS` through the shell (ARGS quoted by the caller where needed).
@@ -42,13 +43,8 @@ inline std::string point(double x, double y) {
 
 inline std::vector<std::string> lines(const std::string& text) {
   std::vector<std::string> v;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    v.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) v.push_back(line);
   return v;
 }
 
@@ -59,11 +55,16 @@ class SampleRun : public ::testing::Test {
     dir = std::make_unique<thTest::TempDir>();
     Result r = thal("sample " + quoted(dir->path()));
     ASSERT_EQ(r.status, 0) << r.out << r.err;
+    native = std::make_unique<thalmod::thResultFile>(run(), -1);
   }
-  static void TearDownTestSuite() { dir.reset(); }
+  static void TearDownTestSuite() { dir.reset(); }  // `native` keeps its file open until the program ends
   static std::string run() { return dir->file("fjord.nc"); }
   static std::string raster() { return dir->file("fjord_bathy.nc"); }
+  // The run as the library reads it, and the centre of element e as --at takes it.
+  static const thalmod::thModelInfo& model() { return native->mInfo; }
+  static std::string at(int32_t e) { return point(model().mesh2d.exCoor[e], model().mesh2d.eyCoor[e]); }
   static inline std::unique_ptr<thTest::TempDir> dir;
+  static inline std::unique_ptr<thalmod::thResultFile> native;
 };
 
 // The fields of the sample as its generator defines them: x is the easting, z the depth, t the
