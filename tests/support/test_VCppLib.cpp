@@ -1,5 +1,7 @@
 #include "support/VCppLib.h"
 
+#include <gtest/gtest-spi.h>
+
 #include <cstring>
 
 #include "testutil/thTestUtil.h"
@@ -22,4 +24,11 @@ TEST(VCppLib, ExceptionAndSharedConstants) {
             " If this error message makes no sense to you, please contact " + thGlobal::email);
   EXPECT_EQ(VCppLib::newline + VCppLib::VTimeStampFmt, "\n%Y%m%d%H%M%S");
   EXPECT_TRUE(VCppLib::vfloatIsDbl);
+}
+
+// The shared exception checks must fail a test when nothing is thrown or the message differs.
+TEST(VCppLib, ExceptionChecksFailWhenTheyShould) {
+  EXPECT_NONFATAL_FAILURE(EXPECT_VEXCEPTION((void)0, "x"), "expected a VException from (void)0");
+  EXPECT_NONFATAL_FAILURE(EXPECT_VEXCEPTION(throw VException("a"), "b"), "message_");
+  EXPECT_NONFATAL_FAILURE(EXPECT_VEXCEPTION_HAS(throw VException("abc"), "x"), "does not contain");
 }

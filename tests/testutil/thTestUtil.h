@@ -81,18 +81,6 @@ inline ::testing::AssertionResult near(const std::vector<double>& got, const std
   return ::testing::AssertionSuccess();
 }
 
-// The message of the VCppLib::VException that f throws; the test fails if f throws none.
-template <typename F>
-std::string vexceptionMessage(F f, const char* stmt) {
-  try {
-    f();
-  } catch (const VCppLib::VException& e) {
-    return e.message;
-  }
-  ADD_FAILURE() << "expected a VException from " << stmt;
-  return "";
-}
-
 inline ::testing::AssertionResult contains(const std::string& text, const std::string& part) {
   if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess();
   return ::testing::AssertionFailure() << "\"" << text << "\" does not contain \"" << part << "\"";
@@ -100,14 +88,28 @@ inline ::testing::AssertionResult contains(const std::string& text, const std::s
 
 }  // namespace thTest
 
-// Checks that a statement throws VCppLib::VException whose message is exactly `msg`.
-#define EXPECT_VEXCEPTION(stmt, msg)                                              \
-  do {                                                                            \
-    EXPECT_EQ(thTest::vexceptionMessage([&] { stmt; }, #stmt), std::string(msg)); \
+// Runs a statement and, if it throws VCppLib::VException, applies `check` to its message (message_);
+// fails the test if it throws none. No lambda: the statement may name structured bindings.
+#define THTEST_VEXCEPTION_CHECK_(stmt, check)               \
+  do {                                                      \
+    std::string message_;                                   \
+    bool thrown_ = false;                                   \
+    try {                                                   \
+      stmt;                                                 \
+    } catch (const VCppLib::VException& e_) {               \
+      thrown_ = true;                                       \
+      message_ = e_.message;                                \
+    }                                                       \
+    if (thrown_) {                                          \
+      check;                                                \
+    } else {                                                \
+      ADD_FAILURE() << "expected a VException from " #stmt; \
+    }                                                       \
   } while (0)
 
+// Checks that a statement throws VCppLib::VException whose message is exactly `msg`.
+#define EXPECT_VEXCEPTION(stmt, msg) THTEST_VEXCEPTION_CHECK_(stmt, EXPECT_EQ(message_, std::string(msg)))
+
 // Checks that a statement throws VCppLib::VException whose message contains `part`.
-#define EXPECT_VEXCEPTION_HAS(stmt, part)                                                 \
-  do {                                                                                    \
-    EXPECT_TRUE(thTest::contains(thTest::vexceptionMessage([&] { stmt; }, #stmt), part)); \
-  } while (0)
+#define EXPECT_VEXCEPTION_HAS(stmt, part) \
+  THTEST_VEXCEPTION_CHECK_(stmt, EXPECT_TRUE(thTest::contains(message_, part)))
